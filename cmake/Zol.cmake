@@ -1,0 +1,51 @@
+# Build conventions shared by every part of the product: strict warnings, the sanitizer build,
+# and the product-root layout (bin/, lib/, data/, log/) that installs and the staged root follow.
+
+set(CMAKE_INSTALL_MESSAGE LAZY)
+set(ZOL_STAGE_DIR ${CMAKE_BINARY_DIR}/stage CACHE INTERNAL "Product root staged inside the build tree")
+
+add_compile_options(-Wall -Wextra -Werror -Wno-error=deprecated-declarations)
+if(ZOL_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# Programs of the product root go to bin/ and find libzolwin.so in ../lib.
+function(zol_product_program target)
+    set_target_properties(${target} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin
+        BUILD_RPATH "${CMAKE_BINARY_DIR}/lib"
+        INSTALL_RPATH "$ORIGIN/../lib")
+    install(TARGETS ${target} RUNTIME DESTINATION bin)
+    set_property(GLOBAL APPEND PROPERTY ZOL_PRODUCT_TARGETS ${target})
+endfunction()
+
+# A service library is loaded by file name ("rptset.dll") from lib/; dlopen ignores the suffix.
+# Usage: zol_service_library(<target> <file name> <sources>...)
+function(zol_service_library target file)
+    add_library(${target} MODULE ${ARGN})
+    set_target_properties(${target} PROPERTIES
+        PREFIX "" SUFFIX "" OUTPUT_NAME ${file}
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib
+        BUILD_RPATH "${CMAKE_BINARY_DIR}/lib"
+        INSTALL_RPATH "$ORIGIN")
+    target_link_libraries(${target} PRIVATE zolwin)
+    if(NOT ZOL_SANITIZE)
+        target_link_options(${target} PRIVATE -Wl,--no-undefined)
+    endif()
+    install(TARGETS ${target} LIBRARY DESTINATION lib)
+    set_property(GLOBAL APPEND PROPERTY ZOL_PRODUCT_TARGETS ${target})
+endfunction()
+
+# The staged product root: a real install into build/stage after every build, so that tests
+# run exactly what an installed system runs.
+function(zol_add_stage_target)
+    get_property(targets GLOBAL PROPERTY ZOL_PRODUCT_TARGETS)
+    add_custom_target(stage ALL
+        COMMAND ${CMAKE_COMMAND} --install ${CMAKE_BINARY_DIR} --prefix ${ZOL_STAGE_DIR}
+        COMMENT "Staging the product root in ${ZOL_STAGE_DIR}"
+        VERBATIM)
+    if(targets)
+        add_dependencies(stage ${targets})
+    endif()
+endfunction()
