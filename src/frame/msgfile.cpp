@@ -8,10 +8,8 @@
 #include <memory>
 #include <new>
 
+#include "ui/toolkit.h"
 #include "zolwin.h"
-
-// Shown by CPGetText when the message buffer is empty; defined by the dialog toolkit in zolapp.
-void msgWindow(const char* title, const char* button, const char* text);
 
 char* ZOL_RcFileBuf = nullptr;
 char ReadString[1024];
