@@ -1,0 +1,38 @@
+// Settings screens that this version does not offer yet: each tells the user so in a box titled
+// with its menu label. Each is its own function so that it goes away when its screen arrives.
+#include <string>
+
+#include "frame/menu.h"
+#include "frame/msgfile.h"
+#include "ui/toolkit.h"
+
+namespace {
+
+void ScreenNotBuilt(const char* menuLabelId) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] %s", menuLabelId);
+    const std::string title = MessageText(menuLabelId);
+    msgWindow(title.c_str(), " ok ", CPGetText("SCREEN_NOT_BUILT_ID", ReadString, ZOL_RcFileBuf));
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<");
+}
+
+}  // namespace
+
+void BaseSetting(HMODULE /*hLibRPTSET*/) {
+    ScreenNotBuilt("MAIN_BASESET_ID");
+}
+
+void DestinationSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
+    ScreenNotBuilt("MAIN_DESTSET_ID");
+}
+
+void AgentEventSetting(HMODULE /*hLibRPTSET*/) {
+    ScreenNotBuilt("MAIN_AGENTS_ID");
+}
+
+void SyslogSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
+    ScreenNotBuilt("MAIN_SYSLOG_ID");
+}
+
+void VantrelReportSetting(HMODULE /*hLibRPTSET*/) {
+    ScreenNotBuilt("MAIN_VANTREL_ID");
+}
