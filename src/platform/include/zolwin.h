@@ -51,8 +51,12 @@ typedef HKEY* PHKEY;
 #define ERROR_INVALID_HANDLE 6L
 #define ERROR_NOT_ENOUGH_MEMORY 8L
 #define ERROR_INVALID_PARAMETER 87L
+#define ERROR_MOD_NOT_FOUND 126L   /* a library file or one it needs is missing */
+#define ERROR_PROC_NOT_FOUND 127L  /* the library has no function of that name */
 #define ERROR_BAD_PATHNAME 161L
 #define ERROR_ALREADY_EXISTS 183L
+#define ERROR_BAD_EXE_FORMAT 193L  /* the file is not a loadable library */
+#define ERROR_NOT_OWNER 288L       /* ReleaseMutex by a thread that does not own the mutex */
 #define ERROR_MORE_DATA 234L
 #define ERROR_NO_MORE_ITEMS 259L
 #define ERROR_REGISTRY_CORRUPT 1015L  /* the store file is damaged or not a store */
@@ -132,6 +136,9 @@ ZOLWIN_API void ZolRegCloseStore(void);
 ZOLWIN_API HMODULE LoadLibrary(LPCSTR lpLibFileName);
 ZOLWIN_API FARPROC GetProcAddress(HMODULE hModule, LPCSTR lpProcName);
 ZOLWIN_API BOOL FreeLibrary(HMODULE hLibModule);
+/* The dynamic loader's text for the calling thread's last failed LoadLibrary or GetProcAddress
+ * ("" when none), for trace lines. */
+ZOLWIN_API LPCSTR ZolLastLoadError(void);
 
 /* ---- Last error of the calling thread (set by the loader and the named objects) ---- */
 ZOLWIN_API DWORD GetLastError(void);
