@@ -51,15 +51,15 @@ typedef HKEY* PHKEY;
 #define ERROR_INVALID_HANDLE 6L
 #define ERROR_NOT_ENOUGH_MEMORY 8L
 #define ERROR_INVALID_PARAMETER 87L
-#define ERROR_MOD_NOT_FOUND 126L   /* a library file or one it needs is missing */
-#define ERROR_PROC_NOT_FOUND 127L  /* the library has no function of that name */
+#define ERROR_MOD_NOT_FOUND 126L  /* a library file or one it needs is missing */
+#define ERROR_PROC_NOT_FOUND 127L /* the library has no function of that name */
 #define ERROR_BAD_PATHNAME 161L
 #define ERROR_ALREADY_EXISTS 183L
-#define ERROR_BAD_EXE_FORMAT 193L  /* the file is not a loadable library */
-#define ERROR_NOT_OWNER 288L       /* ReleaseMutex by a thread that does not own the mutex */
+#define ERROR_BAD_EXE_FORMAT 193L /* the file is not a loadable library */
+#define ERROR_NOT_OWNER 288L      /* ReleaseMutex by a thread that does not own the mutex */
 #define ERROR_MORE_DATA 234L
 #define ERROR_NO_MORE_ITEMS 259L
-#define ERROR_REGISTRY_CORRUPT 1015L  /* the store file is damaged or not a store */
+#define ERROR_REGISTRY_CORRUPT 1015L   /* the store file is damaged or not a store */
 #define ERROR_REGISTRY_IO_FAILED 1016L /* the store is missing or cannot be read or written */
 #define ERROR_KEY_DELETED 1018L        /* the key behind an open handle was deleted */
 #define ERROR_INVALID_STATE 5023L      /* transaction calls out of order */
@@ -88,8 +88,8 @@ typedef HKEY* PHKEY;
 #define REG_CREATED_NEW_KEY 1
 #define REG_OPENED_EXISTING_KEY 2
 
-#define ZOL_MAX_KEY_NAME 255         /* characters in one key name component */
-#define ZOL_MAX_VALUE_NAME 16383     /* characters in a value name */
+#define ZOL_MAX_KEY_NAME 255     /* characters in one key name component */
+#define ZOL_MAX_VALUE_NAME 16383 /* characters in a value name */
 
 ZOLWIN_API LONG RegOpenKeyEx(HKEY hKey, LPCSTR lpSubKey, DWORD ulOptions, REGSAM samDesired,
                              PHKEY phkResult);
