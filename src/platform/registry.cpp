@@ -1,0 +1,1065 @@
+// The registry: Win32-style keys and values under HKEY_LOCAL_MACHINE, kept in an SQLite store.
+//
+// The store
+//   File $ZolDir/registry/hklm.db (the install prefix when ZolDir is not set). Only
+//   ZolRegCreateStore makes it: the folder 0700, the file 0600; SQLite gives its -wal and -shm
+//   files the database file's mode. A store is built under a temporary name and linked into
+//   place, so no process ever sees a half-made one. A missing store is ERROR_REGISTRY_IO_FAILED,
+//   a damaged or foreign file ERROR_REGISTRY_CORRUPT; nothing is ever written to either.
+//   The header carries application_id 0x5A4F4C52 ("ZOLR") and user_version 1.
+//
+// Schema
+//   meta(name PRIMARY KEY, value)                   'instance': a random number per store
+//   keys(id INTEGER PRIMARY KEY AUTOINCREMENT, parent, name, fold, mtime, UNIQUE(parent, fold))
+//        row 1 is HKEY_LOCAL_MACHINE (parent 0); ids are never reused, so a handle to a deleted
+//        key cannot silently land on a new one; mtime is a FILETIME (100 ns since 1601).
+//   vals(key, name, fold, type, data BLOB, PRIMARY KEY(key, fold)) WITHOUT ROWID
+//        the default value has the name ''.
+//   name is the spelling of the first write, fold the same bytes with A-Z lowered: names are
+//   case-insensitive for ASCII letters and compared byte for byte otherwise (EUC-JP text).
+//
+// Connections and transactions
+//   One connection per process, in WAL mode with synchronous=FULL and a 10 s busy timeout,
+//   checked with quick_check when it opens. It is reopened when ZolDir names another store,
+//   after ZolRegCloseStore, and in a child after fork() (the inherited one is left alone).
+//   Every write runs in its own BEGIN IMMEDIATE transaction, retried while the store is busy;
+//   between ZolRegBeginTransaction and the outermost commit, each write is a savepoint of the
+//   caller's transaction instead. A transaction belongs to the thread that began it: other
+//   threads of the process wait until it ends.
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <mutex>
+#include <new>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "registry_store.h"
+#include "zolwin.h"
+#include "zolwin_config.h"
+
+namespace zolwin::registry {
+namespace {
+
+constexpr REGSAM kDeleteAccess = 0x00010000;
+constexpr REGSAM kGenericRead = 0x80000000u;
+constexpr REGSAM kGenericWrite = 0x40000000u;
+constexpr REGSAM kGenericExecute = 0x20000000u;
+constexpr REGSAM kGenericAll = 0x10000000u;
+constexpr REGSAM kMaximumAllowed = 0x02000000u;
+constexpr DWORD kRegQword = 11;       // the highest value type the store accepts
+constexpr size_t kMaxKeyDepth = 512;  // components in one path, as Win32 allows
+constexpr int64_t kFileTimeUnixEpoch = 116444736000000000LL;
+
+// The product root for the store: $ZolDir, else the install prefix, without trailing slashes.
+std::string registryRoot() {
+    const char* dir = std::getenv("ZolDir");
+    std::string root = (dir != nullptr && *dir != '\0') ? dir : ZOL_INSTALL_PREFIX;
+    while (root.size() > 1 && root.back() == '/')
+        root.pop_back();
+    return root;
+}
+
+std::string storePathFor(const std::string& root) {
+    return (root == "/" ? std::string() : root) + "/registry/hklm.db";
+}
+
+void foldInto(std::string_view name, std::string& out) {
+    out.assign(name);
+    for (char& c : out) {
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+}
+
+int64_t fileTimeNow() {
+    timespec ts{};
+    clock_gettime(CLOCK_REALTIME, &ts);
+    return kFileTimeUnixEpoch + static_cast<int64_t>(ts.tv_sec) * 10000000 + ts.tv_nsec / 100;
+}
+
+REGSAM normalizeAccess(REGSAM sam) {
+    if ((sam & (kGenericAll | kMaximumAllowed)) != 0)
+        sam |= KEY_ALL_ACCESS;
+    if ((sam & (kGenericRead | kGenericExecute)) != 0)
+        sam |= KEY_READ;
+    if ((sam & kGenericWrite) != 0)
+        sam |= KEY_WRITE;
+    return sam;
+}
+
+// Splits a sub key path into its components: runs of backslashes count as one and a trailing
+// one is accepted; a leading one is a bad path, an over-long component an invalid parameter.
+LONG splitPath(LPCSTR subKey, std::vector<std::string_view>& parts) {
+    parts.clear();
+    if (subKey == nullptr || *subKey == '\0')
+        return ERROR_SUCCESS;
+    if (*subKey == '\\')
+        return ERROR_BAD_PATHNAME;
+    std::string_view rest(subKey);
+    while (!rest.empty()) {
+        size_t sep = rest.find('\\');
+        std::string_view part = rest.substr(0, sep);
+        if (part.size() > ZOL_MAX_KEY_NAME)
+            return ERROR_INVALID_PARAMETER;
+        if (!part.empty())
+            parts.push_back(part);
+        if (sep == std::string_view::npos)
+            break;
+        rest.remove_prefix(sep + 1);
+    }
+    return parts.size() > kMaxKeyDepth ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
+}
+
+LONG valueName(LPCSTR name, std::string_view& out) {
+    out = name != nullptr ? std::string_view(name) : std::string_view();
+    return out.size() > ZOL_MAX_VALUE_NAME ? ERROR_INVALID_PARAMETER : ERROR_SUCCESS;
+}
+
+bool isStringType(DWORD type) {
+    return type == REG_SZ || type == REG_EXPAND_SZ;
+}
+
+// Copies a value out under the Win32 buffer rules. A string stored without its terminator reads
+// back terminated when the buffer has room for it (a list of strings with both terminators).
+LONG deliverValue(DWORD type, std::string_view bytes, LPDWORD lpType, LPBYTE lpData,
+                  LPDWORD lpcbData) {
+    if (lpType != nullptr)
+        *lpType = type;
+    const auto stored = static_cast<DWORD>(bytes.size());
+    if (lpcbData == nullptr)
+        return ERROR_SUCCESS;
+    if (lpData == nullptr) {
+        *lpcbData = stored;
+        return ERROR_SUCCESS;
+    }
+    if (*lpcbData < stored) {
+        *lpcbData = stored;
+        return ERROR_MORE_DATA;
+    }
+    DWORD pad = 0;
+    if (isStringType(type)) {
+        pad = (bytes.empty() || bytes.back() != '\0') ? 1 : 0;
+    } else if (type == REG_MULTI_SZ) {
+        if (bytes.empty() || bytes.back() != '\0') {
+            pad = 2;
+        } else if (bytes.size() >= 2 && bytes[bytes.size() - 2] != '\0') {
+            pad = 1;
+        }
+    }
+    if (stored != 0)
+        std::memcpy(lpData, bytes.data(), stored);
+    DWORD total = stored;
+    if (pad != 0 && *lpcbData - stored >= pad) {
+        std::memset(lpData + stored, 0, pad);
+        total += pad;
+    }
+    *lpcbData = total;
+    return ERROR_SUCCESS;
+}
+
+// Where the next enumeration step can continue without counting from the start.
+struct Cursor {
+    int64_t instance = 0;
+    DWORD index = 0;
+    std::string fold;
+    bool valid = false;
+};
+
+struct KeyHandle {
+    sqlite3_int64 id = kRootKeyId;
+    REGSAM access = KEY_ALL_ACCESS;
+    int64_t instance = 0;  // 0: the root key, valid in every store
+    Cursor keys;
+    Cursor values;
+};
+
+class Registry {
+  public:
+    ~Registry();
+
+    LONG openKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result);
+    LONG createKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result, LPDWORD disposition);
+    LONG queryValue(HKEY hKey, LPCSTR name, LPDWORD type, LPBYTE data, LPDWORD cbData);
+    LONG setValue(HKEY hKey, LPCSTR name, DWORD type, const BYTE* data, DWORD cbData);
+    LONG deleteValue(HKEY hKey, LPCSTR name);
+    LONG deleteKey(HKEY hKey, LPCSTR subKey);
+    LONG enumKey(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPSTR cls, LPDWORD cchCls,
+                 void* lastWrite);
+    LONG enumValue(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPDWORD type, LPBYTE data,
+                   LPDWORD cbData);
+    LONG closeKey(HKEY hKey);
+
+    LONG begin();
+    LONG commit();
+    LONG rollback();
+    LONG createStore();
+    LONG removeStore();
+    LONG checkStore(bool full);
+    void closeStore();
+
+  private:
+    using Lock = std::unique_lock<std::mutex>;
+    Lock enter(bool waitForTransaction = true);
+    const std::string& currentStorePath();
+    LONG connect(bool verifyFile);
+    LONG lookup(HKEY hKey, KeyHandle*& out);
+    LONG live(const KeyHandle& key) const;
+    HKEY newHandle(sqlite3_int64 id, REGSAM access);
+    LONG missingOrDeleted(sqlite3_int64 id);
+    LONG walk(sqlite3_int64 start, const std::vector<std::string_view>& parts, size_t count,
+              sqlite3_int64& id);
+    LONG touch(sqlite3_int64 id);
+    void endTransactionLocked();
+
+    template <class Op>
+    LONG read(Op&& op) {
+        return retryWhileBusy([&]() -> LONG {
+            LONG r = connect(false);
+            return r != ERROR_SUCCESS ? r : op();
+        });
+    }
+    template <class Op>
+    LONG write(Op&& op);
+
+    std::mutex mu_;
+    std::condition_variable txEnded_;
+    Store store_;
+    std::string cachedRoot_;
+    std::string cachedPath_;
+    std::unordered_map<uintptr_t, KeyHandle> handles_;
+    uintptr_t nextHandle_ = 0x00A00000;
+    KeyHandle root_;
+    int depth_ = 0;
+    bool doomed_ = false;  // rolled back inside an outer transaction: writes refused until it ends
+    std::thread::id txOwner_;
+    std::string fold_;  // scratch for folded names, reused to spare allocations
+};
+
+Registry::~Registry() {
+    Lock lk(mu_, std::try_to_lock);
+    if (!lk.owns_lock() || (store_.isOpen() && store_.owner() != getpid())) {
+        store_.abandon();
+        return;
+    }
+    if (store_.isOpen() && sqlite3_get_autocommit(store_.db()) == 0)
+        store_.exec("ROLLBACK");
+    store_.close();
+}
+
+Registry::Lock Registry::enter(bool waitForTransaction) {
+    Lock lk(mu_);
+    // A child of fork(): the parent's connection and transaction are not ours to use.
+    if (store_.isOpen() && store_.owner() != getpid()) {
+        store_.abandon();
+        depth_ = 0;
+        doomed_ = false;
+    }
+    if (waitForTransaction) {
+        const auto self = std::this_thread::get_id();
+        txEnded_.wait(lk, [&] { return depth_ == 0 || txOwner_ == self; });
+    }
+    return lk;
+}
+
+const std::string& Registry::currentStorePath() {
+    const char* dir = std::getenv("ZolDir");
+    if (cachedPath_.empty() || dir == nullptr || cachedRoot_ != dir) {
+        cachedPath_ = storePathFor(registryRoot());
+        cachedRoot_ = dir != nullptr ? dir : "";
+    }
+    return cachedPath_;
+}
+
+LONG Registry::connect(bool verifyFile) {
+    if (store_.isOpen()) {
+        if (depth_ > 0)
+            return ERROR_SUCCESS;  // a transaction keeps the store it began on
+        if (store_.path() == currentStorePath() && (!verifyFile || store_.fileUnchanged())) {
+            return ERROR_SUCCESS;
+        }
+        store_.close();
+    }
+    return store_.open(currentStorePath());
+}
+
+LONG Registry::lookup(HKEY hKey, KeyHandle*& out) {
+    if (hKey == HKEY_LOCAL_MACHINE) {
+        out = &root_;
+        return ERROR_SUCCESS;
+    }
+    auto it = handles_.find(reinterpret_cast<uintptr_t>(hKey));
+    if (it == handles_.end())
+        return ERROR_INVALID_HANDLE;
+    out = &it->second;
+    return ERROR_SUCCESS;
+}
+
+// A handle opened in one store means nothing in another (ZolDir changed, or the store was made
+// anew): its key is gone as far as the caller is concerned.
+LONG Registry::live(const KeyHandle& key) const {
+    return key.instance == 0 || key.instance == store_.instance() ? ERROR_SUCCESS
+                                                                  : ERROR_KEY_DELETED;
+}
+
+HKEY Registry::newHandle(sqlite3_int64 id, REGSAM access) {
+    // Handle values are never reused, so a closed handle stays invalid.
+    nextHandle_ += 0x10;
+    KeyHandle& k = handles_[nextHandle_];
+    k.id = id;
+    k.access = normalizeAccess(access);
+    k.instance = store_.instance();
+    return reinterpret_cast<HKEY>(nextHandle_);
+}
+
+// After a look-up found nothing: either the thing is missing (2) or the key itself was deleted.
+LONG Registry::missingOrDeleted(sqlite3_int64 id) {
+    Query q(store_, Sql::KeyExists);
+    int rc = q.bind(id).step();
+    if (rc == SQLITE_ROW)
+        return ERROR_FILE_NOT_FOUND;
+    if (rc == SQLITE_DONE)
+        return ERROR_KEY_DELETED;
+    return mapSqliteError(rc);
+}
+
+// Follows the first `count` components from `start`.
+LONG Registry::walk(sqlite3_int64 start, const std::vector<std::string_view>& parts, size_t count,
+                    sqlite3_int64& id) {
+    id = start;
+    if (count == 0) {
+        LONG r = missingOrDeleted(start);
+        return r == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : r;
+    }
+    for (size_t i = 0; i < count; ++i) {
+        foldInto(parts[i], fold_);
+        Query q(store_, Sql::FindChild);
+        int rc = q.bind(id).bind(fold_).step();
+        if (rc == SQLITE_ROW) {
+            id = q.integer(0);
+            continue;
+        }
+        if (rc != SQLITE_DONE)
+            return mapSqliteError(rc);
+        if (i > 0)
+            return ERROR_FILE_NOT_FOUND;
+        return missingOrDeleted(start);
+    }
+    return ERROR_SUCCESS;
+}
+
+// Records a write's time on its key; ERROR_KEY_DELETED when the key is gone.
+LONG Registry::touch(sqlite3_int64 id) {
+    Query q(store_, Sql::TouchKey);
+    int rc = q.bind(id).bind(fileTimeNow()).step();
+    if (rc != SQLITE_DONE)
+        return mapSqliteError(rc);
+    return sqlite3_changes(store_.db()) == 0 ? ERROR_KEY_DELETED : ERROR_SUCCESS;
+}
+
+template <class Op>
+LONG Registry::write(Op&& op) {
+    if (depth_ > 0) {
+        if (doomed_)
+            return ERROR_INVALID_STATE;
+        LONG r = connect(false);
+        if (r != ERROR_SUCCESS)
+            return r;
+        // A savepoint keeps this call all-or-nothing inside the caller's transaction.
+        int rc = store_.exec("SAVEPOINT zol_write");
+        if (rc != SQLITE_OK) {
+            r = mapSqliteError(rc);
+        } else {
+            r = op();
+            if (r == ERROR_SUCCESS) {
+                rc = store_.exec("RELEASE zol_write");
+                if (rc != SQLITE_OK)
+                    r = mapSqliteError(rc);
+            }
+            if (r != ERROR_SUCCESS && sqlite3_get_autocommit(store_.db()) == 0) {
+                store_.exec("ROLLBACK TO zol_write");
+                store_.exec("RELEASE zol_write");
+            }
+        }
+        // SQLite abandons the whole transaction after some I/O errors; the caller must learn
+        // that its earlier writes are gone.
+        if (sqlite3_get_autocommit(store_.db()) != 0) {
+            doomed_ = true;
+            if (r == ERROR_SUCCESS)
+                r = ERROR_REGISTRY_IO_FAILED;
+        }
+        // The write lock is held for the whole transaction, so busy here is a failure.
+        return r == kBusy ? ERROR_REGISTRY_IO_FAILED : r;
+    }
+    return retryWhileBusy([&]() -> LONG {
+        LONG r = connect(false);
+        if (r != ERROR_SUCCESS)
+            return r;
+        int rc = store_.exec("BEGIN IMMEDIATE");
+        if (rc != SQLITE_OK)
+            return mapSqliteError(rc);
+        r = op();
+        if (r == ERROR_SUCCESS) {
+            rc = store_.exec("COMMIT");
+            if (rc != SQLITE_OK)
+                r = mapSqliteError(rc);
+        }
+        if (sqlite3_get_autocommit(store_.db()) == 0)
+            store_.exec("ROLLBACK");
+        return r;
+    });
+}
+
+LONG Registry::openKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result) {
+    if (result == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    *result = nullptr;
+    std::vector<std::string_view> parts;
+    LONG r = splitPath(subKey, parts);
+    if (r != ERROR_SUCCESS)
+        return r;
+    Lock lk = enter();
+    KeyHandle* base = nullptr;
+    if ((r = lookup(hKey, base)) != ERROR_SUCCESS)
+        return r;
+    const KeyHandle& from = *base;
+    sqlite3_int64 id = 0;
+    // Opening is where a caller meets the store first: notice a store replaced meanwhile.
+    r = retryWhileBusy([&]() -> LONG {
+        LONG c = connect(true);
+        if (c != ERROR_SUCCESS || (c = live(from)) != ERROR_SUCCESS)
+            return c;
+        return walk(from.id, parts, parts.size(), id);
+    });
+    if (r != ERROR_SUCCESS)
+        return r;
+    *result = newHandle(id, sam);
+    return ERROR_SUCCESS;
+}
+
+LONG Registry::createKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result, LPDWORD disposition) {
+    if (result == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    *result = nullptr;
+    std::vector<std::string_view> parts;
+    LONG r = splitPath(subKey, parts);
+    if (r != ERROR_SUCCESS)
+        return r;
+    Lock lk = enter();
+    KeyHandle* base = nullptr;
+    if ((r = lookup(hKey, base)) != ERROR_SUCCESS)
+        return r;
+    if ((base->access & KEY_CREATE_SUB_KEY) == 0)
+        return ERROR_ACCESS_DENIED;
+    if (depth_ == 0 && (r = connect(true)) != ERROR_SUCCESS)
+        return r;
+    const KeyHandle& from = *base;
+    sqlite3_int64 id = 0;
+    bool created = false;
+    r = write([&]() -> LONG {
+        created = false;
+        LONG w = live(from);
+        if (w != ERROR_SUCCESS)
+            return w;
+        if ((w = walk(from.id, parts, 0, id)) != ERROR_SUCCESS)
+            return w;
+        const int64_t now = fileTimeNow();
+        for (std::string_view part : parts) {
+            foldInto(part, fold_);
+            if (!created) {
+                Query find(store_, Sql::FindChild);
+                int rc = find.bind(id).bind(fold_).step();
+                if (rc == SQLITE_ROW) {
+                    id = find.integer(0);
+                    continue;
+                }
+                if (rc != SQLITE_DONE)
+                    return mapSqliteError(rc);
+                if ((w = touch(id)) != ERROR_SUCCESS)
+                    return w;
+            }
+            Query insert(store_, Sql::InsertKey);
+            int rc = insert.bind(id).bind(part).bind(fold_).bind(now).step();
+            if (rc != SQLITE_DONE)
+                return mapSqliteError(rc);
+            id = sqlite3_last_insert_rowid(store_.db());
+            created = true;
+        }
+        return ERROR_SUCCESS;
+    });
+    if (r != ERROR_SUCCESS)
+        return r;
+    *result = newHandle(id, sam);
+    if (disposition != nullptr)
+        *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+    return ERROR_SUCCESS;
+}
+
+LONG Registry::queryValue(HKEY hKey, LPCSTR name, LPDWORD type, LPBYTE data, LPDWORD cbData) {
+    if (data != nullptr && cbData == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    std::string_view vname;
+    LONG r = valueName(name, vname);
+    if (r != ERROR_SUCCESS)
+        return r;
+    Lock lk = enter();
+    KeyHandle* key = nullptr;
+    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+        return r;
+    if ((key->access & KEY_QUERY_VALUE) == 0)
+        return ERROR_ACCESS_DENIED;
+    return read([&]() -> LONG {
+        LONG q = live(*key);
+        if (q != ERROR_SUCCESS)
+            return q;
+        foldInto(vname, fold_);
+        Query get(store_, Sql::GetValue);
+        int rc = get.bind(key->id).bind(fold_).step();
+        if (rc == SQLITE_ROW) {
+            return deliverValue(static_cast<DWORD>(get.integer(0)), get.blob(1), type, data,
+                                cbData);
+        }
+        if (rc != SQLITE_DONE)
+            return mapSqliteError(rc);
+        return missingOrDeleted(key->id);
+    });
+}
+
+LONG Registry::setValue(HKEY hKey, LPCSTR name, DWORD type, const BYTE* data, DWORD cbData) {
+    if (data == nullptr && cbData != 0)
+        return ERROR_INVALID_PARAMETER;
+    if (type > kRegQword)
+        return ERROR_INVALID_PARAMETER;
+    if ((type == REG_DWORD && cbData != 4) || (type == kRegQword && cbData != 8)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    std::string_view vname;
+    LONG r = valueName(name, vname);
+    if (r != ERROR_SUCCESS)
+        return r;
+    Lock lk = enter();
+    KeyHandle* key = nullptr;
+    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+        return r;
+    if ((key->access & KEY_SET_VALUE) == 0)
+        return ERROR_ACCESS_DENIED;
+    const KeyHandle& k = *key;
+    return write([&]() -> LONG {
+        LONG w = live(k);
+        if (w != ERROR_SUCCESS || (w = touch(k.id)) != ERROR_SUCCESS)
+            return w;
+        foldInto(vname, fold_);
+        Query set(store_, Sql::SetValue);
+        int rc = set.bind(k.id)
+                     .bind(vname)
+                     .bind(fold_)
+                     .bind(sqlite3_int64{type})
+                     .bindBlob(data, cbData)
+                     .step();
+        return rc == SQLITE_DONE ? ERROR_SUCCESS : mapSqliteError(rc);
+    });
+}
+
+LONG Registry::deleteValue(HKEY hKey, LPCSTR name) {
+    std::string_view vname;
+    LONG r = valueName(name, vname);
+    if (r != ERROR_SUCCESS)
+        return r;
+    Lock lk = enter();
+    KeyHandle* key = nullptr;
+    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+        return r;
+    if ((key->access & KEY_SET_VALUE) == 0)
+        return ERROR_ACCESS_DENIED;
+    const KeyHandle& k = *key;
+    return write([&]() -> LONG {
+        LONG w = live(k);
+        if (w != ERROR_SUCCESS)
+            return w;
+        foldInto(vname, fold_);
+        Query del(store_, Sql::DeleteValue);
+        int rc = del.bind(k.id).bind(fold_).step();
+        if (rc != SQLITE_DONE)
+            return mapSqliteError(rc);
+        if (sqlite3_changes(store_.db()) == 0)
+            return missingOrDeleted(k.id);
+        return touch(k.id);
+    });
+}
+
+LONG Registry::deleteKey(HKEY hKey, LPCSTR subKey) {
+    std::vector<std::string_view> parts;
+    LONG r = splitPath(subKey, parts);
+    if (r != ERROR_SUCCESS)
+        return r;
+    // Deleting the handle's own key through an empty name is refused: a caller that lost the
+    // name of a subkey must not wipe out its parent.
+    if (parts.empty())
+        return ERROR_INVALID_PARAMETER;
+    Lock lk = enter();
+    KeyHandle* key = nullptr;
+    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+        return r;
+    if ((key->access & (KEY_CREATE_SUB_KEY | kDeleteAccess)) == 0)
+        return ERROR_ACCESS_DENIED;
+    const KeyHandle& k = *key;
+    return write([&]() -> LONG {
+        LONG w = live(k);
+        if (w != ERROR_SUCCESS)
+            return w;
+        sqlite3_int64 parent = 0, target = 0;
+        if ((w = walk(k.id, parts, parts.size() - 1, parent)) != ERROR_SUCCESS)
+            return w;
+        std::vector<std::string_view> last{parts.back()};
+        if ((w = walk(parent, last, 1, target)) != ERROR_SUCCESS) {
+            return (w == ERROR_KEY_DELETED && parts.size() > 1) ? ERROR_FILE_NOT_FOUND : w;
+        }
+        {
+            Query children(store_, Sql::HasChildren);
+            int rc = children.bind(target).step();
+            if (rc == SQLITE_ROW)
+                return ERROR_ACCESS_DENIED;
+            if (rc != SQLITE_DONE)
+                return mapSqliteError(rc);
+        }
+        for (Sql s : {Sql::DeleteKeyValues, Sql::DeleteKey}) {
+            Query del(store_, s);
+            int rc = del.bind(target).step();
+            if (rc != SQLITE_DONE)
+                return mapSqliteError(rc);
+        }
+        return touch(parent);
+    });
+}
+
+LONG Registry::enumKey(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPSTR cls,
+                       LPDWORD cchCls, void* lastWrite) {
+    if (name == nullptr || cchName == nullptr || (cls != nullptr && cchCls == nullptr)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    Lock lk = enter();
+    KeyHandle* key = nullptr;
+    LONG r = lookup(hKey, key);
+    if (r != ERROR_SUCCESS)
+        return r;
+    if ((key->access & KEY_ENUMERATE_SUB_KEYS) == 0)
+        return ERROR_ACCESS_DENIED;
+    return read([&]() -> LONG {
+        LONG q = live(*key);
+        if (q != ERROR_SUCCESS)
+            return q;
+        Cursor& cur = key->keys;
+        const bool next = cur.valid && cur.instance == store_.instance() && index == cur.index + 1;
+        Query e(store_, index == 0 ? Sql::EnumKeyFirst : next ? Sql::EnumKeyAfter : Sql::EnumKeyAt);
+        e.bind(key->id);
+        if (index != 0 && next)
+            e.bind(cur.fold);
+        if (index != 0 && !next)
+            e.bind(sqlite3_int64{index});
+        int rc = e.step();
+        if (rc == SQLITE_DONE) {
+            q = missingOrDeleted(key->id);
+            return q == ERROR_FILE_NOT_FOUND ? ERROR_NO_MORE_ITEMS : q;
+        }
+        if (rc != SQLITE_ROW)
+            return mapSqliteError(rc);
+        std::string_view found = e.text(0);
+        if (found.size() + 1 > *cchName)
+            return ERROR_MORE_DATA;
+        std::memcpy(name, found.data(), found.size());
+        name[found.size()] = '\0';
+        *cchName = static_cast<DWORD>(found.size());
+        if (cls != nullptr && *cchCls > 0)
+            cls[0] = '\0';
+        if (cchCls != nullptr)
+            *cchCls = 0;
+        if (lastWrite != nullptr) {
+            const auto ft = static_cast<uint64_t>(e.integer(2));
+            const DWORD parts[2] = {static_cast<DWORD>(ft), static_cast<DWORD>(ft >> 32)};
+            std::memcpy(lastWrite, parts, sizeof parts);  // a FILETIME: low part first
+        }
+        cur.fold.assign(e.text(1));
+        cur.index = index;
+        cur.instance = store_.instance();
+        cur.valid = true;
+        return ERROR_SUCCESS;
+    });
+}
+
+LONG Registry::enumValue(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPDWORD type,
+                         LPBYTE data, LPDWORD cbData) {
+    if (name == nullptr || cchName == nullptr || (data != nullptr && cbData == nullptr)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    Lock lk = enter();
+    KeyHandle* key = nullptr;
+    LONG r = lookup(hKey, key);
+    if (r != ERROR_SUCCESS)
+        return r;
+    if ((key->access & KEY_QUERY_VALUE) == 0)
+        return ERROR_ACCESS_DENIED;
+    return read([&]() -> LONG {
+        LONG q = live(*key);
+        if (q != ERROR_SUCCESS)
+            return q;
+        Cursor& cur = key->values;
+        const bool next = cur.valid && cur.instance == store_.instance() && index == cur.index + 1;
+        Query e(store_, index == 0 ? Sql::EnumValueFirst
+                        : next     ? Sql::EnumValueAfter
+                                   : Sql::EnumValueAt);
+        e.bind(key->id);
+        if (index != 0 && next)
+            e.bind(cur.fold);
+        if (index != 0 && !next)
+            e.bind(sqlite3_int64{index});
+        int rc = e.step();
+        if (rc == SQLITE_DONE) {
+            q = missingOrDeleted(key->id);
+            return q == ERROR_FILE_NOT_FOUND ? ERROR_NO_MORE_ITEMS : q;
+        }
+        if (rc != SQLITE_ROW)
+            return mapSqliteError(rc);
+        std::string_view found = e.text(0);
+        if (found.size() + 1 > *cchName)
+            return ERROR_MORE_DATA;
+        std::memcpy(name, found.data(), found.size());
+        name[found.size()] = '\0';
+        *cchName = static_cast<DWORD>(found.size());
+        q = deliverValue(static_cast<DWORD>(e.integer(2)), e.blob(3), type, data, cbData);
+        if (q == ERROR_SUCCESS) {
+            cur.fold.assign(e.text(1));
+            cur.index = index;
+            cur.instance = store_.instance();
+            cur.valid = true;
+        }
+        return q;
+    });
+}
+
+LONG Registry::closeKey(HKEY hKey) {
+    if (hKey == HKEY_LOCAL_MACHINE)
+        return ERROR_SUCCESS;
+    Lock lk = enter(false);
+    return handles_.erase(reinterpret_cast<uintptr_t>(hKey)) != 0 ? ERROR_SUCCESS
+                                                                  : ERROR_INVALID_HANDLE;
+}
+
+LONG Registry::begin() {
+    Lock lk = enter();
+    if (depth_ > 0) {
+        if (doomed_)
+            return ERROR_INVALID_STATE;
+        ++depth_;
+        return ERROR_SUCCESS;
+    }
+    LONG r = retryWhileBusy([&]() -> LONG {
+        LONG c = connect(true);
+        if (c != ERROR_SUCCESS)
+            return c;
+        int rc = store_.exec("BEGIN IMMEDIATE");
+        return rc == SQLITE_OK ? ERROR_SUCCESS : mapSqliteError(rc);
+    });
+    if (r != ERROR_SUCCESS)
+        return r;
+    depth_ = 1;
+    doomed_ = false;
+    txOwner_ = std::this_thread::get_id();
+    return ERROR_SUCCESS;
+}
+
+void Registry::endTransactionLocked() {
+    depth_ = 0;
+    doomed_ = false;
+    txOwner_ = std::thread::id();
+    txEnded_.notify_all();
+}
+
+LONG Registry::commit() {
+    Lock lk = enter();
+    if (depth_ == 0)
+        return ERROR_INVALID_STATE;
+    if (--depth_ > 0)
+        return doomed_ ? ERROR_INVALID_STATE : ERROR_SUCCESS;
+    if (doomed_) {
+        endTransactionLocked();
+        return ERROR_INVALID_STATE;
+    }
+    LONG r = ERROR_SUCCESS;
+    if (store_.isOpen() && sqlite3_get_autocommit(store_.db()) == 0) {
+        int rc = store_.exec("COMMIT");
+        if (rc != SQLITE_OK) {
+            r = mapSqliteError(rc);
+            if (r == kBusy)
+                r = ERROR_REGISTRY_IO_FAILED;
+            if (sqlite3_get_autocommit(store_.db()) == 0)
+                store_.exec("ROLLBACK");
+        }
+    } else {
+        r = ERROR_REGISTRY_IO_FAILED;  // the connection lost the transaction
+    }
+    endTransactionLocked();
+    return r;
+}
+
+LONG Registry::rollback() {
+    Lock lk = enter();
+    if (depth_ == 0)
+        return ERROR_INVALID_STATE;
+    if (!doomed_ && store_.isOpen() && sqlite3_get_autocommit(store_.db()) == 0) {
+        store_.exec("ROLLBACK");
+    }
+    if (--depth_ == 0) {
+        endTransactionLocked();
+    } else {
+        doomed_ = true;
+    }
+    return ERROR_SUCCESS;
+}
+
+LONG Registry::createStore() {
+    Lock lk = enter();
+    const std::string path = currentStorePath();
+    const std::string dir = path.substr(0, path.rfind('/'));
+    struct stat st {};
+    if (::stat(path.c_str(), &st) == 0)
+        return ERROR_ALREADY_EXISTS;
+    if (::mkdir(dir.c_str(), 0700) == 0) {
+        ::chmod(dir.c_str(), 0700);  // whatever the umask
+    } else if (errno != EEXIST) {
+        return ERROR_REGISTRY_IO_FAILED;
+    }
+
+    // Build the store under a private name, then link it into place: another process either
+    // finds no store or a complete one, and of two creators exactly one wins.
+    const std::string tmp =
+        dir + "/.hklm.db.new." + std::to_string(getpid()) + "." + std::to_string(fileTimeNow());
+    auto removeTmp = [&] {
+        for (const char* suffix : {"", "-wal", "-shm", "-journal"})
+            ::unlink((tmp + suffix).c_str());
+    };
+    int fd = ::open(tmp.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return ERROR_REGISTRY_IO_FAILED;
+    const bool modeSet = ::fchmod(fd, 0600) == 0;
+    ::close(fd);
+    if (!modeSet) {
+        removeTmp();
+        return ERROR_REGISTRY_IO_FAILED;
+    }
+    LONG r = ERROR_SUCCESS;
+    {
+        sqlite3* db = nullptr;
+        int rc =
+            sqlite3_open_v2(tmp.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+        const std::string script = std::string("PRAGMA synchronous = FULL; BEGIN; ") + kSchemaSql +
+                                   "PRAGMA application_id = " + std::to_string(kApplicationId) +
+                                   "; PRAGMA user_version = " + std::to_string(kSchemaVersion) +
+                                   "; COMMIT; PRAGMA journal_mode = WAL;";
+        if (rc == SQLITE_OK)
+            rc = sqlite3_exec(db, script.c_str(), nullptr, nullptr, nullptr);
+        if (rc != SQLITE_OK)
+            r = mapSqliteError(rc);
+        // Closing checkpoints the new store into its file and removes its journal.
+        if (sqlite3_close(db) != SQLITE_OK && r == ERROR_SUCCESS)
+            r = ERROR_REGISTRY_IO_FAILED;
+    }
+    if (r == ERROR_SUCCESS && ::link(tmp.c_str(), path.c_str()) != 0) {
+        r = errno == EEXIST ? ERROR_ALREADY_EXISTS : ERROR_REGISTRY_IO_FAILED;
+    }
+    removeTmp();
+    if (r == kBusy)
+        r = ERROR_REGISTRY_IO_FAILED;
+    if (r != ERROR_SUCCESS)
+        return r;
+    int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dfd >= 0) {
+        ::fsync(dfd);  // the new name must survive a crash as well as the contents
+        ::close(dfd);
+    }
+    if (store_.isOpen() && store_.path() == path && depth_ == 0)
+        store_.close();
+    return ERROR_SUCCESS;
+}
+
+LONG Registry::removeStore() {
+    Lock lk = enter();
+    const std::string path = currentStorePath();
+    if (store_.isOpen() && store_.path() == path) {
+        if (depth_ > 0) {
+            if (sqlite3_get_autocommit(store_.db()) == 0)
+                store_.exec("ROLLBACK");
+            doomed_ = true;
+        }
+        store_.close();
+    }
+    LONG r = ERROR_SUCCESS;
+    if (::unlink(path.c_str()) != 0)
+        r = ERROR_REGISTRY_IO_FAILED;
+    for (const char* suffix : {"-wal", "-shm", "-journal"}) {
+        if (::unlink((path + suffix).c_str()) != 0 && errno != ENOENT)
+            r = ERROR_REGISTRY_IO_FAILED;
+    }
+    return r;
+}
+
+LONG Registry::checkStore(bool full) {
+    Lock lk = enter();
+    return retryWhileBusy([&]() -> LONG {
+        LONG r = connect(true);
+        return r != ERROR_SUCCESS ? r : store_.check(full);
+    });
+}
+
+void Registry::closeStore() {
+    Lock lk = enter();
+    if (!store_.isOpen())
+        return;
+    if (depth_ > 0) {
+        if (sqlite3_get_autocommit(store_.db()) == 0)
+            store_.exec("ROLLBACK");
+        doomed_ = true;
+    }
+    store_.close();
+}
+
+Registry& registry() {
+    static Registry instance;
+    return instance;
+}
+
+// Every entry point: nothing thrown ever crosses the C interface.
+template <class Fn>
+LONG guarded(Fn&& fn) noexcept {
+    try {
+        return fn(registry());
+    } catch (const std::bad_alloc&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    } catch (...) {
+        return ERROR_REGISTRY_IO_FAILED;
+    }
+}
+
+}  // namespace
+}  // namespace zolwin::registry
+
+using zolwin::registry::guarded;
+using zolwin::registry::Registry;
+
+LONG RegOpenKeyEx(HKEY hKey, LPCSTR lpSubKey, DWORD, REGSAM samDesired, PHKEY phkResult) {
+    return guarded([&](Registry& r) { return r.openKey(hKey, lpSubKey, samDesired, phkResult); });
+}
+
+LONG RegCreateKey(HKEY hKey, LPCSTR lpSubKey, PHKEY phkResult) {
+    return guarded([&](Registry& r) {
+        return r.createKey(hKey, lpSubKey, KEY_ALL_ACCESS, phkResult, nullptr);
+    });
+}
+
+LONG RegCreateKeyEx(HKEY hKey, LPCSTR lpSubKey, DWORD, LPSTR, DWORD dwOptions, REGSAM samDesired,
+                    const void*, PHKEY phkResult, LPDWORD lpdwDisposition) {
+    // Only lasting keys exist here: volatile keys and links have no meaning in a file store.
+    if (dwOptions != REG_OPTION_NON_VOLATILE) {
+        if (phkResult != nullptr)
+            *phkResult = nullptr;
+        return ERROR_INVALID_PARAMETER;
+    }
+    return guarded([&](Registry& r) {
+        return r.createKey(hKey, lpSubKey, samDesired, phkResult, lpdwDisposition);
+    });
+}
+
+LONG RegQueryValueEx(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserved, LPDWORD lpType,
+                     LPBYTE lpData, LPDWORD lpcbData) {
+    if (lpReserved != nullptr)
+        return ERROR_INVALID_PARAMETER;
+    return guarded(
+        [&](Registry& r) { return r.queryValue(hKey, lpValueName, lpType, lpData, lpcbData); });
+}
+
+LONG RegSetValueEx(HKEY hKey, LPCSTR lpValueName, DWORD, DWORD dwType, const BYTE* lpData,
+                   DWORD cbData) {
+    return guarded(
+        [&](Registry& r) { return r.setValue(hKey, lpValueName, dwType, lpData, cbData); });
+}
+
+LONG RegDeleteValue(HKEY hKey, LPCSTR lpValueName) {
+    return guarded([&](Registry& r) { return r.deleteValue(hKey, lpValueName); });
+}
+
+LONG RegDeleteKey(HKEY hKey, LPCSTR lpSubKey) {
+    return guarded([&](Registry& r) { return r.deleteKey(hKey, lpSubKey); });
+}
+
+LONG RegEnumKeyEx(HKEY hKey, DWORD dwIndex, LPSTR lpName, LPDWORD lpcchName, LPDWORD lpReserved,
+                  LPSTR lpClass, LPDWORD lpcchClass, void* lpftLastWriteTime) {
+    if (lpReserved != nullptr)
+        return ERROR_INVALID_PARAMETER;
+    return guarded([&](Registry& r) {
+        return r.enumKey(hKey, dwIndex, lpName, lpcchName, lpClass, lpcchClass, lpftLastWriteTime);
+    });
+}
+
+LONG RegEnumValue(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValueName,
+                  LPDWORD lpReserved, LPDWORD lpType, LPBYTE lpData, LPDWORD lpcbData) {
+    if (lpReserved != nullptr)
+        return ERROR_INVALID_PARAMETER;
+    return guarded([&](Registry& r) {
+        return r.enumValue(hKey, dwIndex, lpValueName, lpcchValueName, lpType, lpData, lpcbData);
+    });
+}
+
+LONG RegCloseKey(HKEY hKey) {
+    return guarded([&](Registry& r) { return r.closeKey(hKey); });
+}
+
+LONG ZolRegBeginTransaction(void) {
+    return guarded([](Registry& r) { return r.begin(); });
+}
+
+LONG ZolRegCommitTransaction(void) {
+    return guarded([](Registry& r) { return r.commit(); });
+}
+
+LONG ZolRegRollbackTransaction(void) {
+    return guarded([](Registry& r) { return r.rollback(); });
+}
+
+LONG ZolRegStorePath(LPSTR buf, DWORD size) {
+    if (buf == nullptr)
+        return ERROR_INVALID_PARAMETER;
+    return guarded([&](Registry&) -> LONG {
+        const std::string path = zolwin::registry::storePathFor(zolwin::registry::registryRoot());
+        if (path.size() + 1 > size)
+            return ERROR_MORE_DATA;
+        std::memcpy(buf, path.c_str(), path.size() + 1);
+        return ERROR_SUCCESS;
+    });
+}
+
+LONG ZolRegCreateStore(void) {
+    return guarded([](Registry& r) { return r.createStore(); });
+}
+
+LONG ZolRegRemoveStore(void) {
+    return guarded([](Registry& r) { return r.removeStore(); });
+}
+
+LONG ZolRegCheckStore(int full) {
+    return guarded([&](Registry& r) { return r.checkStore(full != 0); });
+}
+
+void ZolRegCloseStore(void) {
+    guarded([](Registry& r) {
+        r.closeStore();
+        return ERROR_SUCCESS;
+    });
+}
