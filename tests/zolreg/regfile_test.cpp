@@ -1,0 +1,209 @@
+// REGEDIT4 parsing and writing: every value form, escapes, continuation lines, deletions,
+// CRLF files, and malformed lines refused with the right line number.
+#include <gtest/gtest.h>
+#include <zolwin.h>
+
+#include "regfile.h"
+
+namespace {
+
+using zolreg::OpKind;
+using zolreg::parseRegFile;
+using zolreg::Value;
+
+std::string dword(uint32_t n) {
+    std::string d(4, '\0');
+    for (int i = 0; i < 4; ++i)
+        d[i] = static_cast<char>((n >> (8 * i)) & 0xFF);
+    return d;
+}
+
+std::string z(std::string s) {
+    return s.push_back('\0'), s;
+}
+
+zolreg::ParseError errorOf(std::string_view text) {
+    zolreg::ParseResult r = parseRegFile(text);
+    EXPECT_TRUE(r.error.has_value()) << text;
+    EXPECT_TRUE(r.ops.empty());
+    return r.error.value_or(zolreg::ParseError{});
+}
+
+TEST(RegFileParse, EveryValueFormAndEscape) {
+    const std::string text =
+        "REGEDIT4\n"
+        "\n"
+        "; a comment\n"
+        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Test]\n"
+        "\"Plain\"=\"hello world\"\n"
+        "\"Esc \\\"q\\\"\"=\"C:\\\\dir\\\\ \\\"x\\\"\"\n"
+        "@=\"default\"\n"
+        "\"Num\"=dword:0000006e\n"
+        "\"Short\"=DWORD:ff\n"
+        "\"Bin\"=hex:01,ab,FF\n"
+        "\"Empty\"=hex:\n"
+        "\"Multi\"=hex(7):61,00,62,00,00\n"
+        "\"Expand\"=hex(2):25,00\n"
+        "\"None\"=hex(0):\n"
+        "\"Euc\"=\"\xC6\xFC\xCB\xDC\"\n"
+        "  \"Spaced\" = \"v\"  \n"
+        "\"Gone\"=-\n"
+        "[hklm\\SOFTWARE\\\\Other\\]\n";
+    zolreg::ParseResult r = parseRegFile(text);
+    ASSERT_FALSE(r.error) << r.error->line << ": " << r.error->message;
+    ASSERT_EQ(r.ops.size(), 15u);
+    EXPECT_EQ(r.ops[0].kind, OpKind::CreateKey);
+    EXPECT_EQ(r.ops[0].key, "SOFTWARE\\Test");
+    EXPECT_EQ(r.ops[0].line, 4);
+    const std::vector<Value> expected = {
+        {"Plain", REG_SZ, z("hello world")},
+        {"Esc \"q\"", REG_SZ, z("C:\\dir\\ \"x\"")},
+        {"", REG_SZ, z("default")},
+        {"Num", REG_DWORD, dword(110)},
+        {"Short", REG_DWORD, dword(255)},
+        {"Bin", REG_BINARY, std::string("\x01\xab\xff", 3)},
+        {"Empty", REG_BINARY, ""},
+        {"Multi", REG_MULTI_SZ, std::string("a\0b\0\0", 5)},
+        {"Expand", REG_EXPAND_SZ, std::string("%\0", 2)},
+        {"None", REG_NONE, ""},
+        {"Euc", REG_SZ, z("\xC6\xFC\xCB\xDC")},
+        {"Spaced", REG_SZ, z("v")},
+    };
+    for (size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(r.ops[i + 1].kind, OpKind::SetValue) << i;
+        EXPECT_EQ(r.ops[i + 1].key, "SOFTWARE\\Test") << i;
+        EXPECT_EQ(r.ops[i + 1].value, expected[i]) << i;
+    }
+    EXPECT_EQ(r.ops[13].kind, OpKind::DeleteValue);
+    EXPECT_EQ(r.ops[13].value.name, "Gone");
+    EXPECT_EQ(r.ops[14].kind, OpKind::CreateKey);
+    EXPECT_EQ(r.ops[14].key, "SOFTWARE\\Other");  // root case-insensitive, backslash runs
+    EXPECT_EQ(r.ops[14].line, 18);
+}
+
+TEST(RegFileParse, KeyDeletionContinuationAndCrlf) {
+    const std::string text =
+        "REGEDIT4\r\n"
+        "\r\n"
+        "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Old]\r\n"
+        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\New]\r\n"
+        "\"Long\"=hex:00,01,\\\r\n"
+        "  02,03,\\\r\n"
+        "    04\r\n"
+        "\"After\"=\"x\"\r\n";
+    zolreg::ParseResult r = parseRegFile(text);
+    ASSERT_FALSE(r.error) << r.error->line << ": " << r.error->message;
+    ASSERT_EQ(r.ops.size(), 4u);
+    EXPECT_EQ(r.ops[0].kind, OpKind::DeleteKey);
+    EXPECT_EQ(r.ops[0].key, "SOFTWARE\\Old");
+    EXPECT_EQ(r.ops[2].value.data, std::string("\0\1\2\3\4", 5));
+    EXPECT_EQ(r.ops[3].value, (Value{"After", REG_SZ, z("x")}));
+    EXPECT_EQ(r.ops[3].line, 8);  // line numbers go on after the continued lines
+}
+
+TEST(RegFileParse, MalformedLinesNameTheirLine) {
+    const std::string head = "REGEDIT4\n\n[HKLM\\SOFTWARE\\T]\n\"ok\"=\"1\"\n";
+    struct Case {
+        std::string text;
+        int line;
+        std::string mentions;
+    };
+    const std::vector<Case> cases = {
+        {"", 1, "empty"},
+        {"REGEDIT5\n", 1, "REGEDIT4"},
+        {"Windows Registry Editor Version 5.00\n", 1, "REGEDIT4"},
+        {"REGEDIT4\n\"v\"=\"x\"\n", 2, "before the first"},
+        {head + "\"bad\"=\"unterminated\n", 5, "closing quote"},
+        {head + "\"bad\"=\"a\\nb\"\n", 5, "escape"},
+        {head + "\"bad\"=\"a\" junk\n", 5, "after the string"},
+        {head + "\"bad\"=dword:123456789\n", 5, "1 to 8"},
+        {head + "\"bad\"=dword:xyz\n", 5, "1 to 8"},
+        {head + "\"bad\"=dword:\n", 5, "1 to 8"},
+        {head + "\"bad\"=hex:01,zz\n", 5, "zz"},
+        {head + "\"bad\"=hex:01,,02\n", 5, "empty item"},
+        {head + "\"bad\"=hex:123\n", 5, "123"},
+        {head + "\"bad\"=hex(q):01\n", 5, "hex(N)"},
+        {head + "\"bad\"=hex(7)01\n", 5, "hex(N)"},
+        {head + "\"bad\"=hex:01,\\\n 02,\\\n  0g\n", 7, "0g"},
+        {head + "\"bad\"=hex:01,\\\n", 5, "ends in the middle"},
+        {head + "\"bad\"=str\n", 5, "unknown value data"},
+        {head + "\"bad\" \"x\"\n", 5, "expected ="},
+        {head + "bad line\n", 5, "expected [KEY]"},
+        {head + "[HKLM\\SOFTWARE\\T\n", 5, "end with ]"},
+        {head + "[HKEY_CURRENT_USER\\x]\n", 5, "HKEY_LOCAL_MACHINE"},
+        {head + "[-HKLM]\n", 5, "cannot be deleted"},
+        {head + "[-HKLM\\SOFTWARE\\T]\n\"v\"=\"x\"\n", 6, "being deleted"},
+        {head + "[HKLM\\" + std::string(256, 'k') + "]\n", 5, "longer than 255"},
+        {head + "\"" + std::string(16384, 'v') + "\"=\"x\"\n", 5, "longer than 16383"},
+    };
+    for (const Case& c : cases) {
+        zolreg::ParseError e = errorOf(c.text);
+        EXPECT_EQ(e.line, c.line) << c.text.substr(0, 200);
+        EXPECT_NE(e.message.find(c.mentions), std::string::npos)
+            << c.text.substr(0, 200) << " -> " << e.message;
+    }
+    // A CRLF file counts lines just the same.
+    zolreg::ParseError e = errorOf("REGEDIT4\r\n\r\n[HKLM\\A]\r\n\"x\"=dword:g\r\n");
+    EXPECT_EQ(e.line, 4);
+}
+
+TEST(RegFileWrite, EveryFormAndParsesBack) {
+    std::string longData;
+    for (int i = 0; i < 100; ++i)
+        longData.push_back(static_cast<char>(i));
+    const std::vector<zolreg::KeyBlock> blocks = {
+        {"SOFTWARE\\T",
+         {
+             {"", REG_SZ, z("def")},
+             {"q\"\\", REG_SZ, z("a\\\"b")},
+             {"n", REG_DWORD, dword(0x6e)},
+             {"b", REG_BINARY, std::string("\x01\xab", 2)},
+             {"m", REG_MULTI_SZ, std::string("a\0\0", 3)},
+             {"e", REG_EXPAND_SZ, z("%x%")},
+             {"nl", REG_SZ, z("two\nlines")},  // no quoted form for a line break
+             {"unterminated", REG_SZ, "abc"},  // nor for missing terminator
+             {"odd", REG_DWORD, "\x01\x02"},   // a DWORD of the wrong size
+             {"long", REG_BINARY, longData},
+         }},
+        {"SOFTWARE\\T\\Empty", {}},
+    };
+    const std::string text = zolreg::writeRegFile(blocks);
+    EXPECT_EQ(text.substr(0, 42), "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\T]\n");
+    EXPECT_NE(text.find("\n@=\"def\"\n"), std::string::npos);
+    EXPECT_NE(text.find("\n\"q\\\"\\\\\"=\"a\\\\\\\"b\"\n"), std::string::npos);
+    EXPECT_NE(text.find("\n\"n\"=dword:0000006e\n"), std::string::npos);
+    EXPECT_NE(text.find("\n\"b\"=hex:01,ab\n"), std::string::npos);
+    EXPECT_NE(text.find("\n\"m\"=hex(7):61,00,00\n"), std::string::npos);
+    EXPECT_NE(text.find("\n\"e\"=hex(2):25,78,25,00\n"), std::string::npos);
+    EXPECT_NE(text.find("\n\"unterminated\"=hex(1):61,62,63\n"), std::string::npos);
+    EXPECT_NE(text.find("\n\"odd\"=hex(4):01,02\n"), std::string::npos);
+    EXPECT_TRUE(text.ends_with("[HKEY_LOCAL_MACHINE\\SOFTWARE\\T\\Empty]\n\n"));
+    // Long hex data is wrapped within 80 columns with ",\" and two blanks.
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find('\n', start);
+        EXPECT_LE(end - start, 80u) << text.substr(start, end - start);
+        start = end + 1;
+    }
+    EXPECT_NE(text.find(",\\\n  "), std::string::npos);
+
+    zolreg::ParseResult back = parseRegFile(text);
+    ASSERT_FALSE(back.error) << back.error->line << ": " << back.error->message;
+    std::vector<zolreg::KeyBlock> rebuilt;
+    for (const zolreg::Operation& op : back.ops) {
+        if (op.kind == OpKind::CreateKey)
+            rebuilt.push_back({op.key, {}});
+        if (op.kind == OpKind::SetValue)
+            rebuilt.back().values.push_back(op.value);
+    }
+    ASSERT_EQ(rebuilt.size(), blocks.size());
+    for (size_t i = 0; i < blocks.size(); ++i) {
+        EXPECT_EQ(rebuilt[i].key, blocks[i].key);
+        EXPECT_EQ(rebuilt[i].values, blocks[i].values);
+    }
+    EXPECT_EQ(zolreg::writeRegFile(rebuilt), text);
+
+    EXPECT_THROW(zolreg::formatValueLine({"a\nb", REG_SZ, z("x")}), std::invalid_argument);
+}
+
+}  // namespace

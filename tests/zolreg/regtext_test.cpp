@@ -1,0 +1,70 @@
+// Key paths, type names, /d data and query text in reg.exe's forms.
+#include <gtest/gtest.h>
+#include <zolwin.h>
+
+#include "regtext.h"
+
+namespace {
+
+using namespace zolreg;
+
+TEST(RegText, KeyPaths) {
+    EXPECT_EQ(subKeyOf("HKLM\\SOFTWARE\\Tavik"), "SOFTWARE\\Tavik");
+    EXPECT_EQ(subKeyOf("hkey_local_machine\\SOFTWARE\\\\Tavik\\"), "SOFTWARE\\Tavik");
+    EXPECT_EQ(subKeyOf("HkLm"), "");
+    EXPECT_EQ(subKeyOf("HKLM\\"), "");
+    EXPECT_FALSE(subKeyOf("HKCU\\SOFTWARE"));
+    EXPECT_FALSE(subKeyOf("HKLMX\\SOFTWARE"));
+    EXPECT_FALSE(subKeyOf("SOFTWARE\\Tavik"));
+    EXPECT_FALSE(subKeyOf(""));
+    EXPECT_EQ(longPath(""), "HKEY_LOCAL_MACHINE");
+    EXPECT_EQ(longPath("A\\B"), "HKEY_LOCAL_MACHINE\\A\\B");
+    EXPECT_EQ(shortPath("A"), "HKLM\\A");
+    EXPECT_EQ(childPath("", "A"), "A");
+    EXPECT_EQ(childPath("A", "B"), "A\\B");
+}
+
+TEST(RegText, TypesAndCommandLineData) {
+    EXPECT_EQ(typeFromName("reg_dword"), REG_DWORD);
+    EXPECT_EQ(typeFromName("REG_MULTI_SZ"), REG_MULTI_SZ);
+    EXPECT_FALSE(typeFromName("REG_QWORD"));
+    EXPECT_EQ(typeName(REG_EXPAND_SZ), "REG_EXPAND_SZ");
+    EXPECT_EQ(typeName(11), "REG_TYPE_11");
+
+    std::string why;
+    EXPECT_EQ(dataFromText(REG_SZ, "abc", why), std::string("abc\0", 4));
+    EXPECT_EQ(dataFromText(REG_DWORD, "110", why), std::string("\x6e\0\0\0", 4));
+    EXPECT_EQ(dataFromText(REG_DWORD, "0xFFFFFFFF", why), std::string("\xff\xff\xff\xff", 4));
+    EXPECT_EQ(dataFromText(REG_DWORD, "", why), std::string(4, '\0'));
+    EXPECT_EQ(dataFromText(REG_BINARY, "01aB", why), std::string("\x01\xab", 2));
+    EXPECT_EQ(dataFromText(REG_MULTI_SZ, "a\\0bc", why), std::string("a\0bc\0\0", 6));
+    for (auto [type, bad] : std::vector<std::pair<uint32_t, std::string>>{
+             {REG_DWORD, "4294967296"},
+             {REG_DWORD, "-1"},
+             {REG_DWORD, "12x"},
+             {REG_DWORD, "0x"},
+             {REG_BINARY, "123"},
+             {REG_BINARY, "0g"},
+             {REG_MULTI_SZ, "a\\0\\0b"},
+         }) {
+        why.clear();
+        EXPECT_FALSE(dataFromText(type, bad, why)) << bad;
+        EXPECT_NE(why.find(bad), std::string::npos) << why;
+    }
+}
+
+TEST(RegText, QueryLines) {
+    EXPECT_EQ(queryLine("", REG_SZ, std::string("v\0", 2)), "    (Default)    REG_SZ    v");
+    EXPECT_EQ(queryLine("POPPort", REG_DWORD, std::string("\x6e\0\0\0", 4)),
+              "    POPPort    REG_DWORD    0x6e");
+    EXPECT_EQ(queryLine("B", REG_BINARY, std::string("\x0a\xff", 2)),
+              "    B    REG_BINARY    0AFF");
+    EXPECT_EQ(queryLine("M", REG_MULTI_SZ, std::string("a\0b\0\0", 5)),
+              "    M    REG_MULTI_SZ    a\\0b");
+    EXPECT_EQ(queryText(REG_EXPAND_SZ, std::string("%ZolDir%\0", 9)), "%ZolDir%");
+    EXPECT_EQ(queryText(REG_SZ, "unterminated"), "unterminated");
+    EXPECT_EQ(queryText(REG_DWORD, "\x01\x02"), "0102");  // a DWORD of the wrong size
+    EXPECT_EQ(queryText(REG_SZ, ""), "");
+}
+
+}  // namespace
