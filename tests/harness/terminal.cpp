@@ -202,6 +202,9 @@ Terminal::Terminal(std::vector<std::string> argv, TerminalOptions opts)
 
 Terminal::~Terminal() {
     if (pid_ > 0 && status_ < 0) {
+        // The child leads its own session and process group (forkpty): take whatever it started
+        // in the foreground with it, so that no test leaves processes behind.
+        kill(-pid_, SIGKILL);
         kill(pid_, SIGKILL);
         int status = 0;
         while (waitpid(pid_, &status, 0) < 0 && errno == EINTR) {

@@ -34,7 +34,8 @@ struct TerminalOptions {
 class Terminal {
   public:
     explicit Terminal(std::vector<std::string> argv, TerminalOptions opts = {});
-    ~Terminal();  // kills (SIGKILL) and reaps the child if it is still running
+    // Kills (SIGKILL) the child and its process group if it is still running, and reaps it.
+    ~Terminal();
     Terminal(const Terminal&) = delete;
     Terminal& operator=(const Terminal&) = delete;
 

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <thread>
 
 #include "product_root.h"
 
@@ -180,6 +181,24 @@ TEST(TerminalProgram, TimeOutReturnsFalseAndTheChildIsKilledAtTheEnd) {
     }
     EXPECT_EQ(kill(pid, 0), -1);  // killed and reaped, not left as a zombie
     EXPECT_EQ(errno, ESRCH);
+
+    // What the child started goes with it, even when it ignores the hang-up that the end of the
+    // session sends. The orphan is reaped by whoever adopts it: wait until it is gone or a zombie.
+    int grandchild = 0;
+    {
+        Terminal t({"/bin/sh", "-c", "trap '' HUP; sleep 120 & echo \"started $!\"; wait"});
+        ASSERT_TRUE(t.waitForText("started ")) << t.dump();
+        grandchild = std::stoi(t.row(0).substr(8));
+    }
+    const auto gone = [grandchild] {
+        const std::string stat = "/proc/" + std::to_string(grandchild) + "/stat";
+        return !std::filesystem::exists(stat) || readFile(stat).find(") Z ") != std::string::npos;
+    };
+    const auto deadline = Clock::now() + 10s;
+    while (!gone() && Clock::now() < deadline) {
+        std::this_thread::yield();
+    }
+    EXPECT_TRUE(gone()) << "process " << grandchild << " survived";
 }
 
 TEST(TerminalProgram, OptionsReachTheChild) {
