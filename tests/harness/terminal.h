@@ -19,6 +19,8 @@ namespace zoltest {
 
 using namespace std::chrono_literals;
 
+// Set the fields one by one (TerminalOptions o; o.env = ...;): a designated initializer that
+// leaves fields out trips -Wmissing-field-initializers, which the build treats as an error.
 struct TerminalOptions {
     int rows = 25, cols = 80;
     // Added to (a value) or removed from (std::nullopt) the child's environment; applied last.
