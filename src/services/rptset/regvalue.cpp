@@ -1,0 +1,94 @@
+// Typed registry reads for the report-settings library.
+#include "regvalue.h"
+
+#include <cstring>
+
+namespace rptset {
+
+LONG Key::OpenRead(HKEY parent, const char* path) {
+    Close();
+    return RegOpenKeyEx(parent, path, 0, KEY_READ, &key_);
+}
+
+void Key::Close() {
+    if (key_ != nullptr)
+        RegCloseKey(key_);
+    key_ = nullptr;
+}
+
+ValueRead ReadDword(HKEY key, const char* name, uint32_t* out) {
+    DWORD type = 0;
+    DWORD value = 0;
+    DWORD size = sizeof value;
+    const LONG rc =
+        RegQueryValueEx(key, name, nullptr, &type, reinterpret_cast<BYTE*>(&value), &size);
+    if (rc == ERROR_FILE_NOT_FOUND)
+        return ValueRead::Missing;
+    if (rc == ERROR_MORE_DATA)
+        return ValueRead::WrongType;
+    if (rc != ERROR_SUCCESS)
+        return ValueRead::Failed;
+    if (type != REG_DWORD || size != sizeof value)
+        return ValueRead::WrongType;
+    *out = value;
+    return ValueRead::Ok;
+}
+
+ValueRead ReadText(HKEY key, const char* name, std::string* out) {
+    // Ask for the size first, then read; retry if the value grew in between.
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        DWORD type = 0;
+        DWORD size = 0;
+        LONG rc = RegQueryValueEx(key, name, nullptr, &type, nullptr, &size);
+        if (rc == ERROR_FILE_NOT_FOUND)
+            return ValueRead::Missing;
+        if (rc != ERROR_SUCCESS)
+            return ValueRead::Failed;
+        if (type != REG_SZ && type != REG_EXPAND_SZ)
+            return ValueRead::WrongType;
+        std::string data(size, '\0');
+        rc = RegQueryValueEx(key, name, nullptr, &type,
+                             size ? reinterpret_cast<BYTE*>(data.data()) : nullptr, &size);
+        if (rc == ERROR_MORE_DATA)
+            continue;
+        if (rc == ERROR_FILE_NOT_FOUND)
+            return ValueRead::Missing;
+        if (rc != ERROR_SUCCESS)
+            return ValueRead::Failed;
+        if (type != REG_SZ && type != REG_EXPAND_SZ)
+            return ValueRead::WrongType;
+        data.resize(size);
+        // The text ends at its first zero byte (normally the stored terminator).
+        const std::size_t end = data.find('\0');
+        if (end != std::string::npos)
+            data.resize(end);
+        *out = std::move(data);
+        return ValueRead::Ok;
+    }
+    return ValueRead::Failed;
+}
+
+ValueRead ReadTextField(HKEY key, const char* name, char* field, std::size_t size) {
+    std::string text;
+    const ValueRead result = ReadText(key, name, &text);
+    if (result != ValueRead::Ok)
+        return result;
+    const bool cut = text.size() > size - 1;
+    const std::size_t n = cut ? size - 1 : text.size();
+    std::memcpy(field, text.data(), n);
+    field[n] = '\0';
+    return cut ? ValueRead::Cut : ValueRead::Ok;
+}
+
+bool EqualsNoCase(const char* a, const char* b) {
+    auto lower = [](unsigned char c) { return c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c; };
+    for (;; ++a, ++b) {
+        if (lower(static_cast<unsigned char>(*a)) != lower(static_cast<unsigned char>(*b))) {
+            return false;
+        }
+        if (*a == '\0')
+            return true;
+    }
+}
+
+}  // namespace rptset
