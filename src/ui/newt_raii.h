@@ -144,6 +144,9 @@ class HelpLine {
 // Component factories: every text goes through toNewt, so screens never hand EUC-JP to newt.
 newtComponent label(int left, int top, std::string_view text);
 void setLabelText(newtComponent label, std::string_view text);
+// A label of one line per text line: newt labels draw one line only, so a text with line feeds
+// becomes a textbox in the label's colours, sized to the text.
+newtComponent multiLineLabel(int left, int top, std::string_view text);
 newtComponent button(int left, int top, std::string_view text);
 newtComponent compactButton(int left, int top, std::string_view text);
 newtComponent checkbox(int left, int top, std::string_view text, char defValue = ' ',

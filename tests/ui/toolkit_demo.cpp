@@ -1,0 +1,177 @@
+// A test program, not part of the product: sets up the screen as the program does, runs one
+// toolkit operation named on the command line, and prints its outcome after newt has finished.
+#include <newt.h>
+#include <zolwin.h>
+
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <map>
+#include <string>
+
+#include "ui/toolkit.h"
+
+namespace {
+
+// A second form after a box: a label and an entry that ends the form on Enter, so that a test
+// can tell whether keys sent to the box reached the box or leaked past it.
+std::string askEntry(const char* prompt) {
+    zolui::Window window;
+    zolui::Form form;
+    newtComponent text = form.add(zolui::label(-1, -1, prompt));
+    newtComponent field = form.add(zolui::entry(-1, -1, "", 20, NEWT_FLAG_RETURNEXIT));
+    zolui::Grid grid(1, 2);
+    grid.set(0, 0, text).set(0, 1, field, {0, 1, 0, 0});
+    window.openWrapped(grid, "Stage 2");
+    form.run();
+    return zolui::entryText(field);
+}
+
+std::string hex(const std::string& bytes) {
+    std::string out;
+    char buf[3];
+    for (unsigned char c : bytes) {
+        std::snprintf(buf, sizeof buf, "%02X", c);
+        out += buf;
+    }
+    return out;
+}
+
+std::string choose(bool ex, const char* text) {
+    newtComponent buttons[2] = {zolui::button(-1, -1, " Yes "), zolui::button(-1, -1, " No ")};
+    const newtComponent yes = buttons[0];
+    const newtComponent no = buttons[1];
+    newtComponent pressed = ex ? SelectFromButtonsEx("Choose", text, buttons, 2)
+                               : SelectFromButtons("Choose", text, buttons, 2);
+    return std::string("result=") + (pressed == yes ? "Yes" : pressed == no ? "No" : "null");
+}
+
+std::string rangeEnable() {
+    char checked = ' ';  // newt writes the checkbox's state here; it outlives the form
+    newtComponent fields[2] = {};
+    std::string outcome;
+    {
+        zolui::Window window;
+        zolui::Form form;
+        newtComponent box = form.add(zolui::checkbox(-1, -1, "Enable", ' ', nullptr, &checked));
+        fields[0] = form.add(zolui::entry(-1, -1, "", 10));
+        fields[1] = form.add(zolui::entry(-1, -1, "", 10));
+        newtComponent ok = form.add(zolui::button(-1, -1, "Done"), 1);
+        zolui::Grid grid(1, 4);
+        grid.set(0, 0, box, {}, NEWT_ANCHOR_LEFT)
+            .set(0, 1, fields[0], {0, 1, 0, 0})
+            .set(0, 2, fields[1])
+            .set(0, 3, ok, {0, 1, 0, 0});
+        window.openWrapped(grid, "Range");
+        CheckStruct = {fields, 0, 1, &checked};
+        newtComponentAddCallback(box, CheckButtonFunc, nullptr);
+        CheckButtonFunc(box, nullptr);  // start with the fields matching the unchecked box
+        while (!form.run().isComponent(1)) {
+        }
+        outcome = "e1=" + zolui::entryText(fields[0]) + " e2=" + zolui::entryText(fields[1]) +
+                  " check=" + checked;
+    }
+    CheckStruct = {nullptr, 0, -1, nullptr};
+    return outcome;
+}
+
+std::string ipEntry() {
+    zolui::Window window;
+    zolui::Form form;
+    newtComponent field = form.add(zolui::entry(-1, -1, "", 16, NEWT_FLAG_RETURNEXIT));
+    newtEntrySetFilter(field, EntryIPFilter, nullptr);
+    newtComponent ok = form.add(zolui::button(-1, -1, "Done"), 1);
+    zolui::Grid grid(1, 2);
+    grid.set(0, 0, field).set(0, 1, ok, {0, 1, 0, 0});
+    window.openWrapped(grid, "Address");
+    // The filter refuses Enter, so the entry never ends the form: only the button does.
+    while (!form.run().isComponent(1)) {
+    }
+    return "ip=" + zolui::entryText(field);
+}
+
+std::string longText() {
+    std::string text;
+    for (int i = 0; i < 30; ++i) {
+        text += "alpha" + std::to_string(i) + " ";
+    }
+    return text + "omega";
+}
+
+std::string smartFit() {
+    const std::string text = longText();
+    char* buf = static_cast<char*>(std::malloc(text.size() + 1));
+    std::memcpy(buf, text.c_str(), text.size() + 1);
+    int width = 0;
+    int height = 0;
+    buf = smartTextDimensions(buf, &width, &height);
+    int lines = 0;
+    for (const char* p = buf; *p; ++p) {
+        lines += *p == '\n';
+    }
+    std::free(buf);
+    return "smart width=" + std::to_string(width) + " height=" + std::to_string(height) +
+           " breaks=" + std::to_string(lines);
+}
+
+std::string properBox() {
+    zolui::Window window;
+    zolui::Form form;
+    newtComponent tb = form.add(properTextbox("%s [%d]", longText().c_str(), 42));
+    newtComponent ok = form.add(zolui::button(-1, -1, " ok "), 1);
+    zolui::Grid grid(1, 2);
+    grid.set(0, 0, tb).set(0, 1, ok, {0, 1, 0, 0});
+    window.openWrapped(grid, "Proper");
+    form.run();
+    return "proper closed";
+}
+
+// EUC-JP texts, as the message file holds them in Japanese mode.
+const char* const kJapaneseTitle = "\xB3\xCE\xC7\xA7";  // 確認
+const char* const kJapaneseText =
+    "\xC6\xFC\xCB\xDC\xB8\xEC\xA4\xCE\xA5\xC6\xA5\xB9\xA5\xC8";  // 日本語のテスト
+
+const std::map<std::string, std::function<std::string()>> kScenarios = {
+    {"msg",
+     [] {
+         msgWindow("Notice", " ok ", "First line\nSecond line");
+         return "msg closed; entry=" + askEntry("typed:");
+     }},
+    {"msgex",
+     [] {
+         msgWindowEx("Long", " ok ", longText().c_str());
+         return std::string("msgex closed");
+     }},
+    {"select", [] { return choose(false, "Pick one"); }},
+    {"select-null", [] { return choose(false, nullptr); }},
+    {"selectex", [] { return choose(true, longText().c_str()); }},
+    {"check", rangeEnable},
+    {"ip", ipEntry},
+    {"smart", smartFit},
+    {"proper", properBox},
+    {"japanese",
+     [] {
+         msgWindow(kJapaneseTitle, " OK ", kJapaneseText);
+         return "entry=" + hex(askEntry(kJapaneseText));
+     }},
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2 || !kScenarios.count(argv[1])) {
+        std::fprintf(stderr, "usage: toolkit_demo <scenario>\n");
+        return 2;
+    }
+    std::setlocale(LC_ALL, "");
+    zolui::SetJapaneseText(GetSystemDefaultLangID() == 1041);
+    std::string outcome;
+    {
+        zolui::Screen screen;
+        outcome = kScenarios.at(argv[1])();
+    }
+    std::printf("%s\n", outcome.c_str());
+    return 0;
+}
