@@ -48,33 +48,79 @@ std::string choose(bool ex, const char* text) {
     return std::string("result=") + (pressed == yes ? "Yes" : pressed == no ? "No" : "null");
 }
 
-std::string rangeEnable() {
+// A checkbox governing two entries (CheckButtonFunc) or two checkboxes (CheckBoxFunc).
+std::string rangeEnable(bool governsCheckboxes) {
     char checked = ' ';  // newt writes the checkbox's state here; it outlives the form
+    char subResults[2] = {' ', ' '};
     newtComponent fields[2] = {};
+    RangeEnableRecord& record = governsCheckboxes ? CheckboxStruct : CheckStruct;
+    newtCallback callback = governsCheckboxes ? CheckBoxFunc : CheckButtonFunc;
     std::string outcome;
     {
         zolui::Window window;
         zolui::Form form;
         newtComponent box = form.add(zolui::checkbox(-1, -1, "Enable", ' ', nullptr, &checked));
-        fields[0] = form.add(zolui::entry(-1, -1, "", 10));
-        fields[1] = form.add(zolui::entry(-1, -1, "", 10));
+        for (int i = 0; i < 2; ++i) {
+            fields[i] =
+                form.add(governsCheckboxes ? zolui::checkbox(-1, -1, i == 0 ? "Sub one" : "Sub two",
+                                                             ' ', nullptr, &subResults[i])
+                                           : zolui::entry(-1, -1, "", 10));
+        }
         newtComponent ok = form.add(zolui::button(-1, -1, "Done"), 1);
         zolui::Grid grid(1, 4);
         grid.set(0, 0, box, {}, NEWT_ANCHOR_LEFT)
-            .set(0, 1, fields[0], {0, 1, 0, 0})
-            .set(0, 2, fields[1])
+            .set(0, 1, fields[0], {0, 1, 0, 0}, NEWT_ANCHOR_LEFT)
+            .set(0, 2, fields[1], {}, NEWT_ANCHOR_LEFT)
             .set(0, 3, ok, {0, 1, 0, 0});
         window.openWrapped(grid, "Range");
-        CheckStruct = {fields, 0, 1, &checked};
-        newtComponentAddCallback(box, CheckButtonFunc, nullptr);
-        CheckButtonFunc(box, nullptr);  // start with the fields matching the unchecked box
+        record = {fields, 0, 1, &checked};
+        newtComponentAddCallback(box, callback, nullptr);
+        callback(box, nullptr);  // start with the fields matching the unchecked box
         while (!form.run().isComponent(1)) {
         }
-        outcome = "e1=" + zolui::entryText(fields[0]) + " e2=" + zolui::entryText(fields[1]) +
-                  " check=" + checked;
+        if (governsCheckboxes) {
+            outcome = std::string("s1=") + subResults[0] + " s2=" + subResults[1];
+        } else {
+            outcome = "e1=" + zolui::entryText(fields[0]) + " e2=" + zolui::entryText(fields[1]);
+        }
+        outcome += std::string(" check=") + checked;
     }
-    CheckStruct = {nullptr, 0, -1, nullptr};
+    record = {nullptr, 0, -1, nullptr};
     return outcome;
+}
+
+// Typed callbacks and filters through the form's trampolines.
+std::string callbacks() {
+    int toggles = 0;
+    std::string outcome;
+    zolui::Window window;
+    zolui::Form form;
+    newtComponent box = form.add(zolui::checkbox(-1, -1, "Toggle me"));
+    newtComponent count = form.add(zolui::label(-1, -1, "toggles=0 "));
+    newtComponent field = form.add(zolui::entry(-1, -1, "", 10));
+    newtComponent ok = form.add(zolui::button(-1, -1, "Done"), 1);
+    form.addHotKey(NEWT_KEY_F2, 2);
+    form.onActivate(box, [&] {
+        ++toggles;
+        zolui::setLabelText(count, "toggles=" + std::to_string(toggles));
+    });
+    form.setFilter(field, [](int ch, int) { return ch >= 'a' && ch <= 'z' ? ch - 'a' + 'A' : ch; });
+    zolui::Grid grid(1, 4);
+    grid.set(0, 0, box).set(0, 1, count).set(0, 2, field).set(0, 3, ok);
+    window.openWrapped(grid, "Callbacks");
+    int hotKeyId = 0;
+    for (;;) {
+        const zolui::RunResult r = form.run();
+        if (r.reason == zolui::RunResult::Reason::HotKey) {
+            hotKeyId = r.id;
+            continue;
+        }
+        if (r.isComponent(1)) {
+            break;
+        }
+    }
+    return "toggles=" + std::to_string(toggles) + " text=" + zolui::entryText(field) +
+           " hotkey=" + std::to_string(hotKeyId);
 }
 
 std::string ipEntry() {
@@ -147,7 +193,9 @@ const std::map<std::string, std::function<std::string()>> kScenarios = {
     {"select", [] { return choose(false, "Pick one"); }},
     {"select-null", [] { return choose(false, nullptr); }},
     {"selectex", [] { return choose(true, longText().c_str()); }},
-    {"check", rangeEnable},
+    {"check", [] { return rangeEnable(false); }},
+    {"checkboxes", [] { return rangeEnable(true); }},
+    {"callbacks", callbacks},
     {"ip", ipEntry},
     {"smart", smartFit},
     {"proper", properBox},
