@@ -225,9 +225,13 @@ std::string keyBlock(const Key& key, const std::optional<std::string>& only, boo
     std::string out = longPath(key.path()) + "\n";
     matched = false;
     if (only) {
-        if (std::optional<Value> value = key.value(*only)) {
-            out += queryLine(value->name, value->type, value->data) + "\n";
-            matched = true;
+        // Found among all values so that the name shows as stored, not as typed.
+        for (const Value& value : key.values()) {
+            if (equalsNoCase(value.name, *only)) {
+                out += queryLine(value.name, value.type, value.data) + "\n";
+                matched = true;
+                break;
+            }
         }
     } else {
         for (const Value& value : key.values()) {
