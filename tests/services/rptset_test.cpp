@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "frame/libraries.h"
-#include "rptset_api.h"
 #include "services_test_util.h"
 
 namespace svctest {
@@ -16,167 +15,123 @@ class RptsetTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        checkInst = BindRptset<CheckInstVantrel_fn>(hLibRPTSET, "CheckInstVantrel");
         getAll = BindRptset<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
         getOne = BindRptset<GetDestSetting_fn>(hLibRPTSET, "GetDestSetting");
-        ASSERT_NE(checkInst, nullptr);
-        ASSERT_NE(getAll, nullptr);
-        ASSERT_NE(getOne, nullptr);
-    }
-
-    // DEST_MAX_RECORDS records, as the program passes them.
-    struct Table {
-        std::vector<std::unique_ptr<DestData>> owned;
-        std::vector<DestData*> pointers;
-        Table() {
-            for (int i = 0; i < DEST_MAX_RECORDS; ++i) {
-                owned.push_back(std::make_unique<DestData>());
-                std::memset(owned.back().get(), 0x5a, sizeof(DestData));
-                pointers.push_back(owned.back().get());
-            }
+        ASSERT_TRUE(getAll && getOne);
+        for (auto& r : owned) {
+            r = std::make_unique<DestData>();
+            std::memset(r.get(), 0x5a, sizeof(DestData));
+            table.push_back(r.get());
         }
-    };
-
-    // The subkey names of ID_LIST in the store's enumeration order.
-    std::vector<std::string> StoredIDs() {
+    }
+    // The first n subkey names of ID_LIST in the store's enumeration order.
+    std::vector<std::string> StoredIDs(DWORD n) {
         std::vector<std::string> names;
         HKEY key = nullptr;
-        if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, kIDList.c_str(), 0, KEY_READ, &key) != 0) {
-            return names;
-        }
-        for (DWORD i = 0;; ++i) {
-            char name[256];
-            DWORD length = sizeof name;
-            if (RegEnumKeyEx(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) != 0) {
-                break;
-            }
+        EXPECT_EQ(RegOpenKeyEx(HKEY_LOCAL_MACHINE, kIDList.c_str(), 0, KEY_READ, &key), 0);
+        char name[256];
+        for (DWORD i = 0, length = sizeof name;
+             i < n && RegEnumKeyEx(key, i, name, &length, nullptr, nullptr, nullptr, nullptr) == 0;
+             ++i, length = sizeof name) {
             names.emplace_back(name, length);
         }
         RegCloseKey(key);
         return names;
     }
-
-    CheckInstVantrel_fn* checkInst = nullptr;
     GetAllDestSetting_fn* getAll = nullptr;
     GetDestSetting_fn* getOne = nullptr;
+    std::unique_ptr<DestData> owned[DEST_MAX_RECORDS];
+    std::vector<DestData*> table;  // as the program passes its records
+    int count = -1;
 };
 
-const std::string kSetup = "SOFTWARE\\Tavik\\VNTService\\SETUP";
-
 TEST_F(RptsetTest, InstallationFlag) {
+    auto* checkInst = BindRptset<CheckInstVantrel_fn>(hLibRPTSET, "CheckInstVantrel");
+    ASSERT_NE(checkInst, nullptr);
+    const std::string setup = "SOFTWARE\\Tavik\\VNTService\\SETUP";
     EXPECT_EQ(checkInst(), 0);  // no key
-    CreateKey(kSetup);
+    CreateKey(setup);
     EXPECT_EQ(checkInst(), 0);  // no value
-    SetDword(kSetup, "Installed", 1);
-    EXPECT_EQ(checkInst(), 1);
-    SetDword(kSetup, "Installed", 0);
-    EXPECT_EQ(checkInst(), 0);
-    SetDword(kSetup, "Installed", 2);
-    EXPECT_EQ(checkInst(), 0);
-    SetText(kSetup, "Installed", "1");  // not a number
+    for (DWORD value : {1u, 0u, 2u}) {
+        SetDword(setup, "Installed", value);
+        EXPECT_EQ(checkInst(), value == 1 ? 1 : 0) << value;
+    }
+    SetText(setup, "Installed", "1");  // a text is not the flag
     EXPECT_EQ(checkInst(), 0);
 }
 
-TEST_F(RptsetTest, AllDestinationsWithStoredValuesAndDefaults) {
+TEST_F(RptsetTest, AllDestinationsWithStoredValuesDefaultsAndBadValues) {
     const std::string snmp = kIDList + "\\SNMP";
-    SetText(snmp, "Method", "MANAGER (SNMP)");
-    SetText(snmp, "Reserved", "keep me");
-    SetText(snmp, "Address", "192.0.2.7");
-    SetDword(snmp, "Port", 162);
-    SetText(snmp, "Phone", "0312345678");
-    SetText(snmp, "User", "admin");
+    for (auto [name, text] : {std::pair{"Method", "MANAGER (SNMP)"},
+                              {"Reserved", "keep me"},
+                              {"Address", "192.0.2.7"},
+                              {"Phone", "0312"},
+                              {"User", "admin"}}) {
+        SetText(snmp, name, text);
+    }
     std::string password = "s3cret";
     Ras_Encode(password.data(), static_cast<int>(password.size()));
-    ASSERT_NE(password, "s3cret");
     SetText(snmp, "Password", password);
-    SetDword(snmp, "HourMask", 0x0000FF);
-    SetDword(snmp, "RetryInterval", 10);
-    SetDword(snmp, "RetryTime", 0);
-    SetDword(snmp, "ScheduleFlag", 7);
-    CreateKey(kIDList + "\\TCP_IP In-Band");
+    for (auto [name, value] : {std::pair{"Port", 162u},
+                               {"HourMask", 0xFFu},
+                               {"RetryInterval", 10u},
+                               {"RetryTime", 0u},
+                               {"ScheduleFlag", 7u}}) {
+        SetDword(snmp, name, value);
+    }
+    const std::string odd = kIDList + "\\Odd";
+    ASSERT_EQ(SetRaw(odd, "Port", REG_SZ, std::string("162", 4)), 0);
+    ASSERT_EQ(SetRaw(odd, "HourMask", REG_BINARY, std::string(4, '\1')), 0);
+    SetDword(odd, "Method", 5);
+    SetText(odd, "Address", std::string(5000, 'a'));
+    ASSERT_EQ(SetRaw(odd, "User", REG_SZ, "no terminator"), 0);
 
-    Table table;
-    table.pointers[0]->Operation = 2;
-    int count = -1;
-    ASSERT_EQ(getAll(table.pointers.data(), &count), 0) << Trace();
+    table[0]->Operation = 2;
+    ASSERT_EQ(getAll(table.data(), &count), 0) << Trace();
     ASSERT_EQ(count, 2);
-    const std::vector<std::string> order = StoredIDs();
-    ASSERT_EQ(order.size(), 2u);
+    const std::vector<std::string> order = StoredIDs(2);
     for (int i = 0; i < 2; ++i)
-        EXPECT_EQ(table.pointers[i]->ID, order[i]);
-
-    const DestData* full = table.pointers[order[0] == "SNMP" ? 0 : 1];
-    const DestData* empty = table.pointers[order[0] == "SNMP" ? 1 : 0];
+        EXPECT_EQ(table[i]->ID, order[i]);
+    const DestData* full = table[order[0] == "SNMP" ? 0 : 1];
+    const DestData* bad = table[order[0] == "SNMP" ? 1 : 0];
     EXPECT_EQ(full->Operation, 0u);
     EXPECT_STREQ(full->Method, "MANAGER (SNMP)");
     EXPECT_STREQ(full->Reserved, "keep me");
     EXPECT_STREQ(full->Address, "192.0.2.7");
-    EXPECT_EQ(full->Port, 162u);
-    EXPECT_STREQ(full->Phone, "0312345678");
+    EXPECT_STREQ(full->Phone, "0312");
     EXPECT_STREQ(full->User, "admin");
     EXPECT_STREQ(full->Password, "s3cret");
-    EXPECT_EQ(full->HourMask, 0xFFu);
-    EXPECT_EQ(full->RetryInterval, 10u);
-    EXPECT_EQ(full->RetryTime, 0u);
-    EXPECT_EQ(full->ScheduleFlag, 7u);
-
-    EXPECT_STREQ(empty->ID, "TCP_IP In-Band");
-    EXPECT_EQ(empty->Operation, 0u);
-    for (const char* text : {empty->Method, empty->Reserved, empty->Address, empty->Phone,
-                             empty->User, empty->Password}) {
-        EXPECT_STREQ(text, "");
-    }
-    EXPECT_EQ(empty->Port, 31134u);
-    EXPECT_EQ(empty->HourMask, 0xFFFFFFu);
-    EXPECT_EQ(empty->RetryInterval, 5u);
-    EXPECT_EQ(empty->RetryTime, 72u);
-    EXPECT_EQ(empty->ScheduleFlag, 0u);
-    // Records past the count are not touched.
-    EXPECT_EQ(static_cast<unsigned char>(table.pointers[2]->ID[0]), 0x5a);
-    // The password never reaches the trace.
+    EXPECT_EQ(std::vector<uint32_t>({full->Port, full->HourMask, full->RetryInterval,
+                                     full->RetryTime, full->ScheduleFlag}),
+              std::vector<uint32_t>({162, 0xFF, 10, 0, 7}));
     EXPECT_EQ(Trace().find("s3cret"), std::string::npos);
-}
 
-TEST_F(RptsetTest, BadStoredValuesFallBackOrAreCut) {
-    const std::string id = kIDList + "\\Odd";
-    SetText(id, "Port", "162");  // text where a number belongs
-    SetRaw(id, "HourMask", REG_BINARY, std::string("\x01\x02\x03\x04", 4));  // binary
-    SetDword(id, "Method", 5);                       // number where a text belongs
-    SetText(id, "Address", std::string(5000, 'a'));  // longer than the field
-    SetRaw(id, "User", REG_SZ, "no terminator");     // stored without its zero
-
-    Table table;
-    int count = 0;
-    ASSERT_EQ(getAll(table.pointers.data(), &count), 0);
-    ASSERT_EQ(count, 1);
-    const DestData* d = table.pointers[0];
-    EXPECT_EQ(d->Port, 31134u);
-    EXPECT_EQ(d->HourMask, 0xFFFFFFu);
-    EXPECT_STREQ(d->Method, "");
-    EXPECT_EQ(std::strlen(d->Address), 4095u);
-    EXPECT_STREQ(d->User, "no terminator");
-    EXPECT_EQ(TraceCount("value Port has the wrong type"), 1) << Trace();
-    EXPECT_EQ(TraceCount("value Method has the wrong type"), 1);
-    EXPECT_EQ(TraceCount("value HourMask has the wrong type"), 1);
-    EXPECT_EQ(TraceCount("value Address is too long"), 1);
+    // Values of another type fall back to the defaults, an overlong text is cut.
+    EXPECT_EQ(std::vector<uint32_t>({bad->Operation, bad->Port, bad->HourMask, bad->RetryInterval,
+                                     bad->RetryTime, bad->ScheduleFlag}),
+              std::vector<uint32_t>({0, 31134, 0xFFFFFF, 5, 72, 0}));
+    EXPECT_STREQ(bad->Method, "");
+    EXPECT_STREQ(bad->Password, "");
+    EXPECT_EQ(std::strlen(bad->Address), 4095u);
+    EXPECT_STREQ(bad->User, "no terminator");
+    for (const char* line : {"value Port has the wrong type", "value HourMask has the wrong type",
+                             "value Method has the wrong type", "value Address is too long"}) {
+        EXPECT_EQ(TraceCount(line), 1) << line;
+    }
+    EXPECT_EQ(static_cast<unsigned char>(table[2]->ID[0]), 0x5a);  // past the count: untouched
 }
 
 TEST_F(RptsetTest, ListLimitsAndFailures) {
-    Table table;
-    int count = -1;
-    // No ID_LIST key at all: a failure, nothing returned.
-    EXPECT_NE(getAll(table.pointers.data(), &count), 0);
+    EXPECT_NE(getAll(table.data(), &count), 0);  // no ID_LIST key
     EXPECT_EQ(count, 0);
-    // Bad arguments.
     EXPECT_EQ(getAll(nullptr, &count), -1);
-    EXPECT_EQ(getAll(table.pointers.data(), nullptr), -1);
-    table.pointers[99] = nullptr;
-    EXPECT_EQ(getAll(table.pointers.data(), &count), -1);
-    table.pointers[99] = table.owned[99].get();
+    EXPECT_EQ(getAll(table.data(), nullptr), -1);
+    table[99] = nullptr;
+    EXPECT_EQ(getAll(table.data(), &count), -1);
+    table[99] = owned[99].get();
 
-    // An empty list.
     CreateKey(kIDList);
-    ASSERT_EQ(getAll(table.pointers.data(), &count), 0);
+    ASSERT_EQ(getAll(table.data(), &count), 0);
     EXPECT_EQ(count, 0);
 
     // More IDs than a table holds: the first hundred, and a trace line.
@@ -184,38 +139,31 @@ TEST_F(RptsetTest, ListLimitsAndFailures) {
     for (int i = 0; i < 105; ++i)
         CreateKey(kIDList + "\\ID" + std::to_string(i));
     ASSERT_EQ(ZolRegCommitTransaction(), ERROR_SUCCESS);
-    ASSERT_EQ(getAll(table.pointers.data(), &count), 0);
+    ASSERT_EQ(getAll(table.data(), &count), 0);
     EXPECT_EQ(count, 100);
-    const std::vector<std::string> order = StoredIDs();
-    EXPECT_EQ(table.pointers[99]->ID, order[99]);
+    EXPECT_EQ(table[99]->ID, StoredIDs(100).at(99));
     EXPECT_EQ(TraceCount("more than 100 destination IDs"), 1) << Trace();
 }
 
 TEST_F(RptsetTest, OneDestinationByIDWithoutRegardToCase) {
     SetText(kIDList + "\\Mail Center", "Address", "203.0.113.9");
-    SetDword(kIDList + "\\Mail Center", "RetryTime", 240);
     CreateKey(kIDList + "\\Other");
-
-    auto record = std::make_unique<DestData>();
+    DestData* record = table[0];
     std::strcpy(record->ID, "MAIL center");
     record->Operation = 2;
-    ASSERT_EQ(getOne(record.get()), 0) << Trace();
+    ASSERT_EQ(getOne(record), 0) << Trace();
     EXPECT_STREQ(record->ID, "Mail Center");  // the stored spelling
     EXPECT_EQ(record->Operation, 2u);         // left as the caller set it
     EXPECT_STREQ(record->Address, "203.0.113.9");
-    EXPECT_EQ(record->RetryTime, 240u);
     EXPECT_EQ(record->Port, 31134u);
 
     // An unknown ID: "not found", and the record is left as it was.
-    auto missing = std::make_unique<DestData>();
-    std::strcpy(missing->ID, "Nobody");
-    std::strcpy(missing->Address, "unchanged");
-    EXPECT_EQ(getOne(missing.get()), 2);
-    EXPECT_STREQ(missing->Address, "unchanged");
-    EXPECT_STREQ(missing->ID, "Nobody");
-
-    auto blank = std::make_unique<DestData>();
-    EXPECT_EQ(getOne(blank.get()), -1);
+    std::strcpy(record->ID, "Nobody");
+    EXPECT_EQ(getOne(record), 2);
+    EXPECT_STREQ(record->ID, "Nobody");
+    EXPECT_STREQ(record->Address, "203.0.113.9");
+    record->ID[0] = '\0';
+    EXPECT_EQ(getOne(record), -1);
     EXPECT_EQ(getOne(nullptr), -1);
 }
 

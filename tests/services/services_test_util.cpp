@@ -20,29 +20,33 @@ void ServicesTest::SetUp() {
 }
 
 void ServicesTest::TearDown() {
-    // No library or registry connection may outlive the root it came from.
+    // No library or store connection may outlive the root it came from.
     FreeVantrelPkgDLL();
     FreeRptsetDLL();
     FreeDscopyDLL();
-    FreeSecrptDLL();
     ZolRegCloseStore();
     zolDir_.reset();
     root_.reset();
 }
 
-std::string ServicesTest::Trace() const {
-    const fs::path file = root_->traceFile("svctest");
-    return fs::exists(file) ? zoltest::readFile(file) : std::string();
-}
-
 int ServicesTest::TraceCount(const std::string& text) const {
     std::istringstream lines(Trace());
     int count = 0;
-    for (std::string line; std::getline(lines, line);) {
-        if (line.find(text) != std::string::npos)
-            ++count;
-    }
+    for (std::string line; std::getline(lines, line);)
+        count += line.find(text) != line.npos;
     return count;
+}
+
+LONG ServicesTest::SetRaw(const std::string& path, const char* name, DWORD type,
+                          const std::string& data) {
+    HKEY key = nullptr;
+    LONG rc = RegCreateKey(HKEY_LOCAL_MACHINE, path.c_str(), &key);
+    if (rc != ERROR_SUCCESS)
+        return rc;
+    rc = RegSetValueEx(key, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
+                       static_cast<DWORD>(data.size()));
+    RegCloseKey(key);
+    return rc;
 }
 
 void ServicesTest::CreateKey(const std::string& path) {
@@ -51,28 +55,11 @@ void ServicesTest::CreateKey(const std::string& path) {
     RegCloseKey(key);
 }
 
-void ServicesTest::SetRaw(const std::string& path, const char* name, DWORD type,
-                          const std::string& data) {
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKey(HKEY_LOCAL_MACHINE, path.c_str(), &key), ERROR_SUCCESS) << path;
-    EXPECT_EQ(RegSetValueEx(key, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
-                            static_cast<DWORD>(data.size())),
-              ERROR_SUCCESS)
-        << path << " " << name;
-    RegCloseKey(key);
-}
-
-void ServicesTest::SetDword(const std::string& path, const char* name, DWORD value) {
-    SetRaw(path, name, REG_DWORD, std::string(reinterpret_cast<const char*>(&value), 4));
-}
-
-void ServicesTest::SetText(const std::string& path, const char* name, const std::string& text) {
-    SetRaw(path, name, REG_SZ, std::string(text.c_str(), text.size() + 1));
-}
-
 void ServicesTest::InstallTestModule(const std::string& module, const std::string& fileName) {
+    // A new file rather than one rewritten in place, which a process may still have mapped.
+    fs::remove(root_->path() / "lib" / fileName);
     fs::copy_file(fs::path(SERVICES_TEST_MODULE_DIR) / (module + ".so"),
-                  root_->path() / "lib" / fileName, fs::copy_options::overwrite_existing);
+                  root_->path() / "lib" / fileName);
 }
 
 void ServicesTest::RemoveLibrary(const std::string& fileName) {

@@ -1,101 +1,45 @@
 // Test-only stand-ins for service libraries: every export returns a value the tests recognise.
-#include <cstdint>
-#include <cstring>
-
 #include "rptset_api.h"
 #include "vantrelpkg_api.h"
 
-#define EXPORT extern "C" __attribute__((visibility("default")))
+#define EXPORT_FN(ret, name, params, value)                             \
+    extern "C" __attribute__((visibility("default"))) ret name params { \
+        return value;                                                   \
+    }
 
 #ifdef TESTPKG_VNTHTTPS
-EXPORT int GetHTTPProxyUse(void) {
-    return 101;
-}
-EXPORT int GetHTTPProxyAddr(char* address, int size) {
-    if (address == nullptr || size < 1)
-        return -1;
-    std::strncpy(address, "proxy.test", static_cast<std::size_t>(size) - 1);
-    address[size - 1] = '\0';
-    return 102;
-}
-EXPORT int GetHTTPProxyPort(void) {
-    return 103;
-}
-EXPORT int SetHTTPProxyUse(int use) {
-    return 104 + use;
-}
-EXPORT int SetHTTPProxyAddr(const char* address) {
-    return address ? 105 : -1;
-}
-EXPORT int SetHTTPProxyPort(int port) {
-    return port == 8080 ? 106 : -1;
-}
-EXPORT int GetHTTPSURL(int index, char*, int) {
-    return 107 + index;
-}
-EXPORT int SetHTTPSURL(int index, const char*) {
-    return 108 + index;
-}
-EXPORT uint32_t GUIVntReport(char** errorText, const char*) {
-    if (errorText != nullptr)
-        *errorText = nullptr;
-    return 109;
-}
+EXPORT_FN(int, GetHTTPProxyUse, (void), 101)
+EXPORT_FN(int, GetHTTPProxyAddr, (char*, int size), 100 + size)
+EXPORT_FN(int, GetHTTPProxyPort, (void), 103)
+EXPORT_FN(int, SetHTTPProxyUse, (int use), 104 + use)
+EXPORT_FN(int, SetHTTPProxyAddr, (const char* a), a ? 105 : -1)
+EXPORT_FN(int, SetHTTPProxyPort, (int port), port)
+EXPORT_FN(int, GetHTTPSURL, (int index, char*, int), 107 + index)
+EXPORT_FN(int, SetHTTPSURL, (int index, const char*), 108 + index)
+EXPORT_FN(uint32_t, GUIVntReport, (char** error, const char*), error ? 109 : 0)
 #endif
-
 #ifdef TESTPKG_VNTUTIL
-EXPORT int WriteOpenSetting(const char*) {
-    return 201;
-}
-EXPORT int setKeyFdType(int type) {
-    return 200 + type;
-}
-EXPORT int getKeyFdType(void) {
-    return 203;
-}
-EXPORT int getVntSuppressMode(void) {
-    return 204;
-}
-EXPORT int setVntSuppressMode(int mode) {
-    return 205 + mode;
-}
+EXPORT_FN(int, WriteOpenSetting, (const char*), 201)
+EXPORT_FN(int, setKeyFdType, (int type), 200 + type)
+EXPORT_FN(int, getKeyFdType, (void), 203)
+EXPORT_FN(int, getVntSuppressMode, (void), 204)
+EXPORT_FN(int, setVntSuppressMode, (int mode), 205 + mode)
 #ifndef TESTPKG_OMIT_SUPPRESS_INTERVAL
-EXPORT int getVntSuppressInterval(void) {
-    return 206;
-}
+EXPORT_FN(int, getVntSuppressInterval, (void), 206)
 #endif
-EXPORT int setVntSuppressInterval(int minutes) {
-    return minutes;
-}
+EXPORT_FN(int, setVntSuppressInterval, (int minutes), minutes)
 #endif
-
 #ifdef TESTPKG_CHKSET
-EXPORT int CheckScheduleFile(void) {
-    return 301;
-}
-EXPORT int CheckLogFile(void) {
-    return 302;
-}
+EXPORT_FN(int, CheckScheduleFile, (void), 301)
+EXPORT_FN(int, CheckLogFile, (void), 302)
 #endif
-
 #ifdef TESTPKG_HRTBEAT
-EXPORT int ReportByMain(void) {
-    return 401;
-}
+EXPORT_FN(int, ReportByMain, (void), 401)
 #endif
-
+// GetAllDestSetting failing as the store would, or claiming more records than a table holds.
 #ifdef TESTRPT_FAILING
-// The store cannot be read.
-EXPORT int GetAllDestSetting(DestData**, int* count) {
-    *count = 0;
-    return 1016;
-}
+EXPORT_FN(int, GetAllDestSetting, (DestData**, int* count), (*count = 0, 1016))
 #endif
-
 #ifdef TESTRPT_BADCOUNT
-// Reports success with more records than a table can hold.
-EXPORT int GetAllDestSetting(DestData**, int* count) {
-    *count = DEST_MAX_RECORDS + 1;
-    return 0;
-}
+EXPORT_FN(int, GetAllDestSetting, (DestData**, int* count), (*count = DEST_MAX_RECORDS + 1, 0))
 #endif
