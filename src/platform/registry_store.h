@@ -136,7 +136,9 @@ class Query {
         return *this;
     }
     Query& bind(std::string_view text) {
-        sqlite3_bind_text(stmt_, ++arg_, text.data(), static_cast<int>(text.size()), SQLITE_STATIC);
+        // An empty name is the text '', never NULL.
+        sqlite3_bind_text(stmt_, ++arg_, text.data() != nullptr ? text.data() : "",
+                          static_cast<int>(text.size()), SQLITE_STATIC);
         return *this;
     }
     Query& bindBlob(const void* data, DWORD size) {
