@@ -1,5 +1,5 @@
-// The agent's small utilities: EUC-JP conversion, IPv4 text, the stored-password encoding, and
-// the newt/S-Lang binding calls (newt is linked directly, so those have nothing to do).
+// The agent's small utilities: the manager's readiness, EUC-JP conversion, IPv4 text, the
+// stored-password encoding, and the newt/S-Lang calls (newt is linked directly: nothing to do).
 #include <arpa/inet.h>
 #include <iconv.h>
 
@@ -41,6 +41,20 @@ unsigned rasShift(int position) {
 }  // namespace
 
 extern "C" {
+
+BOOL IsZOLntserverReady(void) {
+    // The manager is usable when its settings are: the store opens, passes a quick check and
+    // holds the alert manager's key.
+    if (ZolRegCheckStore(0) != ERROR_SUCCESS)
+        return FALSE;
+    HKEY key = nullptr;
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavik\\ZolAlertMan", 0, KEY_READ, &key) !=
+        ERROR_SUCCESS) {
+        return FALSE;
+    }
+    RegCloseKey(key);
+    return TRUE;
+}
 
 int CodeConvertFromEUC(LPCSTR lpSource, LPSTR lpTarget, int nTargetSize) {
     if (lpTarget == nullptr || nTargetSize <= 0)
