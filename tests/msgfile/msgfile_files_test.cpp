@@ -5,11 +5,12 @@
 #include <iconv.h>
 
 #include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/msgfile.h"
@@ -103,7 +104,7 @@ struct Entry {
 
 // printf conversions of a text in order ("%%" is not one); a '%' that starts none is an error.
 bool Conversions(const std::string& text, std::vector<std::string>& out) {
-    static const std::regex conversion(R"(^%[-+ #0]*[0-9]*(\.[0-9]+)?(hh|h|ll|l|z)?[diouxXsc])");
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
     out.clear();
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '%') {
@@ -113,13 +114,33 @@ bool Conversions(const std::string& text, std::vector<std::string>& out) {
             ++i;
             continue;
         }
-        std::smatch m;
-        const std::string rest = text.substr(i);
-        if (!std::regex_search(rest, m, conversion)) {
+        std::size_t j = i + 1;
+        while (j < text.size() && std::string_view("-+ #0").find(text[j]) != std::string::npos) {
+            ++j;
+        }
+        while (j < text.size() && isDigit(text[j])) {
+            ++j;
+        }
+        if (j < text.size() && text[j] == '.') {
+            ++j;
+            if (j >= text.size() || !isDigit(text[j])) {
+                return false;
+            }
+            while (j < text.size() && isDigit(text[j])) {
+                ++j;
+            }
+        }
+        for (const char* length : {"hh", "ll", "h", "l", "z"}) {
+            if (text.compare(j, std::strlen(length), length) == 0) {
+                j += std::strlen(length);
+                break;
+            }
+        }
+        if (j >= text.size() || std::string_view("diouxXsc").find(text[j]) == std::string::npos) {
             return false;
         }
-        out.push_back(m.str());
-        i += m.length() - 1;
+        out.push_back(text.substr(i, j - i + 1));
+        i = j;
     }
     return true;
 }
@@ -246,9 +267,27 @@ std::vector<Literal> StringLiterals(const std::string& src) {
     return out;
 }
 
+// An upper-case word, then one or more "_word" parts: MAIN_BASESET_ID, SYSLOGADD_KeywordError_ID.
 bool LooksLikeMessageId(const std::string& text) {
-    static const std::regex id(R"(^[A-Z][A-Z0-9]*(_[A-Za-z0-9]+)+$)");
-    return std::regex_match(text, id);
+    const auto isUpperOrDigit = [](char c) {
+        return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    };
+    const auto isWordChar = [&](char c) { return isUpperOrDigit(c) || (c >= 'a' && c <= 'z'); };
+    const std::size_t underscore = text.find('_');
+    if (text.empty() || !(text[0] >= 'A' && text[0] <= 'Z') || underscore == std::string::npos ||
+        !std::all_of(text.begin(), text.begin() + underscore, isUpperOrDigit)) {
+        return false;
+    }
+    for (std::size_t i = underscore; i < text.size(); ++i) {
+        if (text[i] == '_') {
+            if (i + 1 == text.size() || text[i + 1] == '_') {
+                return false;
+            }
+        } else if (!isWordChar(text[i])) {
+            return false;
+        }
+    }
+    return true;
 }
 
 // Every message ID that the program's sources fetch, with the file that names it.
@@ -335,8 +374,26 @@ TEST(MsgFileSourceScan, FindsLiteralsAndTheArgumentsOfLookups) {
     }
     EXPECT_EQ(found,
               (std::vector<std::string>{"TABLE_ROW_ID", "lowercase text", "FETCHED_ID", "A_B"}));
+    EXPECT_TRUE(LooksLikeMessageId("SYSLOGADD_KeywordError_ID"));
+    for (const char* notId : {"A__B", "A_", "_A", "Eventlog_Mod_Event", "ABC_d-e", "aB_C"}) {
+        EXPECT_FALSE(LooksLikeMessageId(notId)) << notId;
+    }
     // The program's own sources name message IDs (the main menu's labels at least).
     EXPECT_GT(FetchedIds().size(), 5u);
+}
+
+TEST(MsgFilePlaceholders, ConversionsAreReadInOrderAndStrayPerCentSignsRefused) {
+    std::vector<std::string> found;
+    ASSERT_TRUE(Conversions("%s at %-5.2ld%% of %d", found));
+    EXPECT_EQ(found, (std::vector<std::string>{"%s", "%-5.2ld", "%d"}));
+    ASSERT_TRUE(Conversions("100%% sure", found));
+    EXPECT_TRUE(found.empty());
+    for (const char* bad : {"50%.", "ends in %", "%.x", "%y"}) {
+        EXPECT_FALSE(Conversions(bad, found)) << bad;
+    }
+    // printf reads a lone '%' before a blank and a letter as a conversion, and so does the check.
+    ASSERT_TRUE(Conversions("100% sure", found));
+    EXPECT_EQ(found, (std::vector<std::string>{"% s"}));
 }
 
 TEST_F(MsgFiles, EveryEntryHasThePlainFormOnce) {
