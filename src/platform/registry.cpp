@@ -27,10 +27,12 @@
 //   caller's transaction instead. A transaction belongs to the thread that began it: other
 //   threads of the process wait until it ends.
 #include <fcntl.h>
+#include <pthread.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <condition_variable>
 #include <cstdlib>
@@ -43,6 +45,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "registry_cache.h"
 #include "registry_store.h"
 #include "zolwin.h"
 #include "zolwin_config.h"
@@ -167,24 +170,18 @@ LONG deliverValue(DWORD type, std::string_view bytes, LPDWORD lpType, LPBYTE lpD
     return ERROR_SUCCESS;
 }
 
-// Where the next enumeration step can continue without counting from the start.
-struct Cursor {
-    int64_t instance = 0;
-    DWORD index = 0;
-    std::string fold;
-    bool valid = false;
-};
-
 struct KeyHandle {
     sqlite3_int64 id = kRootKeyId;
     REGSAM access = KEY_ALL_ACCESS;
     int64_t instance = 0;  // 0: the root key, valid in every store
-    Cursor keys;
-    Cursor values;
 };
+
+// Bumped in every child of fork(), so that a call notices a fork without asking for its pid.
+std::atomic<unsigned> forkGeneration{0};
 
 class Registry {
   public:
+    Registry();
     ~Registry();
 
     LONG openKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result);
@@ -220,12 +217,20 @@ class Registry {
               sqlite3_int64& id);
     LONG touch(sqlite3_int64 id);
     void endTransactionLocked();
+    void syncCache();
+    LONG loadKey(sqlite3_int64 id, CachedKey& out);
+    const CachedKey* keyInfo(sqlite3_int64 id, LONG& err);
+    LONG walkCached(sqlite3_int64 start, const std::vector<std::string_view>& parts,
+                    sqlite3_int64& id);
 
     template <class Op>
     LONG read(Op&& op) {
         return retryWhileBusy([&]() -> LONG {
             LONG r = connect(false);
-            return r != ERROR_SUCCESS ? r : op();
+            if (r != ERROR_SUCCESS)
+                return r;
+            syncCache();
+            return op();
         });
     }
     template <class Op>
@@ -242,8 +247,16 @@ class Registry {
     int depth_ = 0;
     bool doomed_ = false;  // rolled back inside an outer transaction: writes refused until it ends
     std::thread::id txOwner_;
-    std::string fold_;  // scratch for folded names, reused to spare allocations
+    unsigned forkGeneration_ = 0;
+    ReadCache cache_;
+    CachedKey uncached_;  // a key read while the cache cannot be trusted
+    std::string fold_;    // scratch for folded names, reused to spare allocations
 };
+
+Registry::Registry() {
+    pthread_atfork(nullptr, nullptr,
+                   [] { forkGeneration.fetch_add(1, std::memory_order_relaxed); });
+}
 
 Registry::~Registry() {
     Lock lk(mu_, std::try_to_lock);
@@ -259,10 +272,15 @@ Registry::~Registry() {
 Registry::Lock Registry::enter(bool waitForTransaction) {
     Lock lk(mu_);
     // A child of fork(): the parent's connection and transaction are not ours to use.
-    if (store_.isOpen() && store_.owner() != getpid()) {
-        store_.abandon();
-        depth_ = 0;
-        doomed_ = false;
+    const unsigned gen = forkGeneration.load(std::memory_order_relaxed);
+    if (gen != forkGeneration_) {
+        forkGeneration_ = gen;
+        if (store_.isOpen() && store_.owner() != getpid()) {
+            store_.abandon();
+            cache_.clear();
+            depth_ = 0;
+            doomed_ = false;
+        }
     }
     if (waitForTransaction) {
         const auto self = std::this_thread::get_id();
@@ -289,7 +307,101 @@ LONG Registry::connect(bool verifyFile) {
         }
         store_.close();
     }
+    cache_.clear();
     return store_.open(currentStorePath());
+}
+
+void Registry::syncCache() {
+    Store::ChangeToken now;
+    if (store_.changeToken(now)) {
+        cache_.sync(now);
+    } else {
+        cache_.clear();
+    }
+}
+
+// Reads a key whole (existence, subkeys, values) in one read transaction.
+LONG Registry::loadKey(sqlite3_int64 id, CachedKey& out) {
+    out = CachedKey();
+    const bool own = sqlite3_get_autocommit(store_.db()) != 0;
+    if (own) {
+        Query begin(store_, Sql::BeginRead);
+        int rc = begin.step();
+        if (rc != SQLITE_DONE)
+            return mapSqliteError(rc);
+    }
+    LONG r = [&]() -> LONG {
+        Query exists(store_, Sql::KeyExists);
+        int rc = exists.bind(id).step();
+        if (rc != SQLITE_ROW)
+            return rc == SQLITE_DONE ? ERROR_SUCCESS : mapSqliteError(rc);
+        out.exists = true;
+        Query children(store_, Sql::LoadChildren);
+        children.bind(id);
+        while ((rc = children.step()) == SQLITE_ROW) {
+            out.children.push_back({std::string(children.text(2)), std::string(children.text(1)),
+                                    children.integer(0), children.integer(3)});
+        }
+        if (rc != SQLITE_DONE)
+            return mapSqliteError(rc);
+        Query values(store_, Sql::LoadValues);
+        values.bind(id);
+        while ((rc = values.step()) == SQLITE_ROW) {
+            out.values.push_back({std::string(values.text(1)), std::string(values.text(0)),
+                                  static_cast<DWORD>(values.integer(2)),
+                                  std::string(values.blob(3))});
+        }
+        return rc == SQLITE_DONE ? ERROR_SUCCESS : mapSqliteError(rc);
+    }();
+    if (own) {
+        Query end(store_, Sql::EndRead);
+        int rc = end.step();
+        if (rc != SQLITE_DONE && r == ERROR_SUCCESS)
+            r = mapSqliteError(rc);
+        if (sqlite3_get_autocommit(store_.db()) == 0)
+            store_.exec("ROLLBACK");
+    }
+    return r;
+}
+
+const CachedKey* Registry::keyInfo(sqlite3_int64 id, LONG& err) {
+    if (cache_.usable()) {
+        if (const CachedKey* k = cache_.find(id))
+            return k;
+    }
+    CachedKey k;
+    if ((err = loadKey(id, k)) != ERROR_SUCCESS)
+        return nullptr;
+    if (cache_.usable())
+        return cache_.put(id, std::move(k));
+    uncached_ = std::move(k);
+    return &uncached_;
+}
+
+// Follows every component from `start` through cached keys; only the parents are read whole.
+LONG Registry::walkCached(sqlite3_int64 start, const std::vector<std::string_view>& parts,
+                          sqlite3_int64& id) {
+    LONG err = ERROR_SUCCESS;
+    const CachedKey* k = keyInfo(start, err);
+    if (k == nullptr)
+        return err;
+    if (!k->exists)
+        return ERROR_KEY_DELETED;
+    id = start;
+    for (size_t i = 0; i < parts.size(); ++i) {
+        if (i > 0) {
+            if ((k = keyInfo(id, err)) == nullptr)
+                return err;
+            if (!k->exists)
+                return ERROR_FILE_NOT_FOUND;
+        }
+        foldInto(parts[i], fold_);
+        const CachedChild* c = k->child(fold_);
+        if (c == nullptr)
+            return ERROR_FILE_NOT_FOUND;
+        id = c->id;
+    }
+    return ERROR_SUCCESS;
 }
 
 LONG Registry::lookup(HKEY hKey, KeyHandle*& out) {
@@ -368,6 +480,11 @@ LONG Registry::touch(sqlite3_int64 id) {
 
 template <class Op>
 LONG Registry::write(Op&& op) {
+    // Whatever happens below, cached reads may no longer describe the store.
+    struct Invalidate {
+        ReadCache& cache;
+        ~Invalidate() { cache.clear(); }
+    } invalidate{cache_};
     if (depth_ > 0) {
         if (doomed_)
             return ERROR_INVALID_STATE;
@@ -438,7 +555,8 @@ LONG Registry::openKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result) {
         LONG c = connect(true);
         if (c != ERROR_SUCCESS || (c = live(from)) != ERROR_SUCCESS)
             return c;
-        return walk(from.id, parts, parts.size(), id);
+        syncCache();
+        return walkCached(from.id, parts, id);
     });
     if (r != ERROR_SUCCESS)
         return r;
@@ -521,16 +639,16 @@ LONG Registry::queryValue(HKEY hKey, LPCSTR name, LPDWORD type, LPBYTE data, LPD
         LONG q = live(*key);
         if (q != ERROR_SUCCESS)
             return q;
+        const CachedKey* k = keyInfo(key->id, q);
+        if (k == nullptr)
+            return q;
+        if (!k->exists)
+            return ERROR_KEY_DELETED;
         foldInto(vname, fold_);
-        Query get(store_, Sql::GetValue);
-        int rc = get.bind(key->id).bind(fold_).step();
-        if (rc == SQLITE_ROW) {
-            return deliverValue(static_cast<DWORD>(get.integer(0)), get.blob(1), type, data,
-                                cbData);
-        }
-        if (rc != SQLITE_DONE)
-            return mapSqliteError(rc);
-        return missingOrDeleted(key->id);
+        const CachedValue* v = k->value(fold_);
+        if (v == nullptr)
+            return ERROR_FILE_NOT_FOUND;
+        return deliverValue(v->type, v->data, type, data, cbData);
     });
 }
 
@@ -657,40 +775,27 @@ LONG Registry::enumKey(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPST
         LONG q = live(*key);
         if (q != ERROR_SUCCESS)
             return q;
-        Cursor& cur = key->keys;
-        const bool next = cur.valid && cur.instance == store_.instance() && index == cur.index + 1;
-        Query e(store_, index == 0 ? Sql::EnumKeyFirst : next ? Sql::EnumKeyAfter : Sql::EnumKeyAt);
-        e.bind(key->id);
-        if (index != 0 && next)
-            e.bind(cur.fold);
-        if (index != 0 && !next)
-            e.bind(sqlite3_int64{index});
-        int rc = e.step();
-        if (rc == SQLITE_DONE) {
-            q = missingOrDeleted(key->id);
-            return q == ERROR_FILE_NOT_FOUND ? ERROR_NO_MORE_ITEMS : q;
-        }
-        if (rc != SQLITE_ROW)
-            return mapSqliteError(rc);
-        std::string_view found = e.text(0);
-        if (found.size() + 1 > *cchName)
+        const CachedKey* k = keyInfo(key->id, q);
+        if (k == nullptr)
+            return q;
+        if (!k->exists)
+            return ERROR_KEY_DELETED;
+        if (index >= k->children.size())
+            return ERROR_NO_MORE_ITEMS;
+        const CachedChild& found = k->children[index];
+        if (found.name.size() + 1 > *cchName)
             return ERROR_MORE_DATA;
-        std::memcpy(name, found.data(), found.size());
-        name[found.size()] = '\0';
-        *cchName = static_cast<DWORD>(found.size());
+        std::memcpy(name, found.name.c_str(), found.name.size() + 1);
+        *cchName = static_cast<DWORD>(found.name.size());
         if (cls != nullptr && *cchCls > 0)
             cls[0] = '\0';
         if (cchCls != nullptr)
             *cchCls = 0;
         if (lastWrite != nullptr) {
-            const auto ft = static_cast<uint64_t>(e.integer(2));
+            const auto ft = static_cast<uint64_t>(found.mtime);
             const DWORD parts[2] = {static_cast<DWORD>(ft), static_cast<DWORD>(ft >> 32)};
             std::memcpy(lastWrite, parts, sizeof parts);  // a FILETIME: low part first
         }
-        cur.fold.assign(e.text(1));
-        cur.index = index;
-        cur.instance = store_.instance();
-        cur.valid = true;
         return ERROR_SUCCESS;
     });
 }
@@ -711,37 +816,19 @@ LONG Registry::enumValue(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LP
         LONG q = live(*key);
         if (q != ERROR_SUCCESS)
             return q;
-        Cursor& cur = key->values;
-        const bool next = cur.valid && cur.instance == store_.instance() && index == cur.index + 1;
-        Query e(store_, index == 0 ? Sql::EnumValueFirst
-                        : next     ? Sql::EnumValueAfter
-                                   : Sql::EnumValueAt);
-        e.bind(key->id);
-        if (index != 0 && next)
-            e.bind(cur.fold);
-        if (index != 0 && !next)
-            e.bind(sqlite3_int64{index});
-        int rc = e.step();
-        if (rc == SQLITE_DONE) {
-            q = missingOrDeleted(key->id);
-            return q == ERROR_FILE_NOT_FOUND ? ERROR_NO_MORE_ITEMS : q;
-        }
-        if (rc != SQLITE_ROW)
-            return mapSqliteError(rc);
-        std::string_view found = e.text(0);
-        if (found.size() + 1 > *cchName)
+        const CachedKey* k = keyInfo(key->id, q);
+        if (k == nullptr)
+            return q;
+        if (!k->exists)
+            return ERROR_KEY_DELETED;
+        if (index >= k->values.size())
+            return ERROR_NO_MORE_ITEMS;
+        const CachedValue& found = k->values[index];
+        if (found.name.size() + 1 > *cchName)
             return ERROR_MORE_DATA;
-        std::memcpy(name, found.data(), found.size());
-        name[found.size()] = '\0';
-        *cchName = static_cast<DWORD>(found.size());
-        q = deliverValue(static_cast<DWORD>(e.integer(2)), e.blob(3), type, data, cbData);
-        if (q == ERROR_SUCCESS) {
-            cur.fold.assign(e.text(1));
-            cur.index = index;
-            cur.instance = store_.instance();
-            cur.valid = true;
-        }
-        return q;
+        std::memcpy(name, found.name.c_str(), found.name.size() + 1);
+        *cchName = static_cast<DWORD>(found.name.size());
+        return deliverValue(found.type, found.data, type, data, cbData);
     });
 }
 
@@ -777,6 +864,7 @@ LONG Registry::begin() {
 }
 
 void Registry::endTransactionLocked() {
+    cache_.clear();  // a rollback takes back what reads inside the transaction saw
     depth_ = 0;
     doomed_ = false;
     txOwner_ = std::thread::id();
@@ -817,6 +905,7 @@ LONG Registry::rollback() {
     if (!doomed_ && store_.isOpen() && sqlite3_get_autocommit(store_.db()) == 0) {
         store_.exec("ROLLBACK");
     }
+    cache_.clear();
     if (--depth_ == 0) {
         endTransactionLocked();
     } else {
@@ -921,6 +1010,7 @@ LONG Registry::checkStore(bool full) {
 
 void Registry::closeStore() {
     Lock lk = enter();
+    cache_.clear();
     if (!store_.isOpen())
         return;
     if (depth_ > 0) {

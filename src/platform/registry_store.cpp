@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <vector>
 
 namespace zolwin::registry {
@@ -13,7 +14,7 @@ namespace {
 // Statement texts, in the order of the Sql enumeration. Names are compared through their folded
 // form (ASCII letters in lower case, other bytes as they are), so ORDER BY fold gives a stable
 // case-insensitive order and the UNIQUE(parent, fold) index serves both look-up and enumeration.
-constexpr std::array<const char*, static_cast<size_t>(Sql::Count)> kStatementSql = {
+constexpr const char* kStatementSql[] = {
     "SELECT id FROM keys WHERE parent = ?1 AND fold = ?2",
     "SELECT 1 FROM keys WHERE id = ?1",
     "INSERT INTO keys(parent, name, fold, mtime) VALUES (?1, ?2, ?3, ?4)",
@@ -21,19 +22,16 @@ constexpr std::array<const char*, static_cast<size_t>(Sql::Count)> kStatementSql
     "DELETE FROM vals WHERE key = ?1",
     "DELETE FROM keys WHERE id = ?1",
     "UPDATE keys SET mtime = ?2 WHERE id = ?1",
-    "SELECT mtime FROM keys WHERE id = ?1",
-    "SELECT type, data FROM vals WHERE key = ?1 AND fold = ?2",
     // The first spelling of a value name is kept when it is written again in another case.
     "INSERT INTO vals(key, name, fold, type, data) VALUES (?1, ?2, ?3, ?4, ?5) "
     "ON CONFLICT(key, fold) DO UPDATE SET type = excluded.type, data = excluded.data",
     "DELETE FROM vals WHERE key = ?1 AND fold = ?2",
-    "SELECT name, fold, mtime FROM keys WHERE parent = ?1 ORDER BY fold LIMIT 1",
-    "SELECT name, fold, mtime FROM keys WHERE parent = ?1 AND fold > ?2 ORDER BY fold LIMIT 1",
-    "SELECT name, fold, mtime FROM keys WHERE parent = ?1 ORDER BY fold LIMIT 1 OFFSET ?2",
-    "SELECT name, fold, type, data FROM vals WHERE key = ?1 ORDER BY fold LIMIT 1",
-    "SELECT name, fold, type, data FROM vals WHERE key = ?1 AND fold > ?2 ORDER BY fold LIMIT 1",
-    "SELECT name, fold, type, data FROM vals WHERE key = ?1 ORDER BY fold LIMIT 1 OFFSET ?2",
+    "SELECT id, name, fold, mtime FROM keys WHERE parent = ?1 ORDER BY fold",
+    "SELECT name, fold, type, data FROM vals WHERE key = ?1 ORDER BY fold",
+    "BEGIN",
+    "COMMIT",
 };
+static_assert(std::size(kStatementSql) == static_cast<size_t>(Sql::Count));
 
 // Runs a statement expected to produce one row and hands that row to fn; returns an SQLite
 // result code (SQLITE_DONE when there was no row).
@@ -102,6 +100,7 @@ LONG Store::open(const std::string& path) {
     }
     db_ = db;
     path_ = path;
+    walIndex_ = nullptr;
     owner_ = getpid();
     dev_ = st.st_dev;
     ino_ = st.st_ino;
@@ -154,7 +153,33 @@ LONG Store::validate() {
     rc = exec("PRAGMA synchronous = FULL");
     if (rc != SQLITE_OK)
         return mapSqliteError(rc);
+
+    // The reads above opened the WAL index; its header tells a cache whether anything changed.
+    sqlite3_file* file = nullptr;
+    if (sqlite3_file_control(db_, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
+        file != nullptr && file->pMethods != nullptr && file->pMethods->iVersion >= 2) {
+        void volatile* region = nullptr;
+        if (file->pMethods->xShmMap(file, 0, 32768, 0, &region) == SQLITE_OK) {
+            walIndex_ = const_cast<const uint32_t*>(static_cast<volatile uint32_t*>(region));
+        }
+    }
     return ERROR_SUCCESS;
+}
+
+bool Store::changeToken(ChangeToken& out) const {
+    if (walIndex_ == nullptr)
+        return false;
+    // The index holds two copies of its header; a writer updates the second, then the first.
+    // Equal copies, read first then second, are a consistent header.
+    ChangeToken second{};
+    for (size_t i = 0; i < out.size(); ++i) {
+        out[i] = __atomic_load_n(walIndex_ + i, __ATOMIC_RELAXED);
+    }
+    std::atomic_thread_fence(std::memory_order_acquire);
+    for (size_t i = 0; i < second.size(); ++i) {
+        second[i] = __atomic_load_n(walIndex_ + out.size() + i, __ATOMIC_RELAXED);
+    }
+    return out == second;
 }
 
 LONG Store::check(bool full) {
@@ -205,6 +230,7 @@ void Store::close() {
     finalizeAll();
     sqlite3_close(db_);
     db_ = nullptr;
+    walIndex_ = nullptr;
     path_.clear();
 }
 
@@ -216,6 +242,7 @@ void Store::abandon() {
         abandoned->push_back(db_);
     stmts_.fill(nullptr);
     db_ = nullptr;
+    walIndex_ = nullptr;
     path_.clear();
 }
 

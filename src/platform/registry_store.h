@@ -60,16 +60,12 @@ enum class Sql : int {
     DeleteKeyValues,
     DeleteKey,
     TouchKey,
-    KeyTime,
-    GetValue,
     SetValue,
     DeleteValue,
-    EnumKeyFirst,
-    EnumKeyAfter,
-    EnumKeyAt,
-    EnumValueFirst,
-    EnumValueAfter,
-    EnumValueAt,
+    LoadChildren,
+    LoadValues,
+    BeginRead,
+    EndRead,
     Count
 };
 
@@ -104,6 +100,12 @@ class Store {
     // Runs "PRAGMA quick_check" or "PRAGMA integrity_check" and reports the verdict.
     LONG check(bool full);
 
+    // The header of the store's shared WAL index, which every commit of any process changes.
+    // False while no consistent copy can be read (a writer is updating it, or the index is not
+    // mapped): then nothing may be taken from a cache.
+    using ChangeToken = std::array<uint32_t, 12>;
+    bool changeToken(ChangeToken& out) const;
+
   private:
     LONG validate();
     void finalizeAll();
@@ -114,6 +116,7 @@ class Store {
     std::int64_t instance_ = 0;
     dev_t dev_ = 0;
     ino_t ino_ = 0;
+    const uint32_t* walIndex_ = nullptr;  // SQLite's own mapping of the -shm file, region 0
     std::array<sqlite3_stmt*, static_cast<size_t>(Sql::Count)> stmts_{};
 };
 

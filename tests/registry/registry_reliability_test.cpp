@@ -355,6 +355,44 @@ TEST_F(RegistryTest, ConcurrentWritersAndReadersLoseNothing) {
     EXPECT_TRUE(lastTags.count(*tags.begin())) << *tags.begin() << " is no writer's last record";
 }
 
+TEST_F(RegistryTest, ChangesByAnotherProcessAreSeenAtOnce) {
+    Key k = create("SOFTWARE\\Seen");
+    for (DWORD round = 1; round <= 20; ++round) {
+        Key sub = create("Sub", k.get());
+        ASSERT_EQ(setDword(k.get(), "v", round * 2), ERROR_SUCCESS);
+        // Read everything once, so that this process holds it all as last read.
+        ASSERT_EQ(readDword(k.get(), "v"), round * 2);
+        ASSERT_EQ(subkeys(k.get()), std::vector<std::string>{"Sub"});
+        ASSERT_EQ(readDword(sub.get(), "x"), std::nullopt);
+
+        fflush(nullptr);
+        pid_t pid = fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            HKEY h = nullptr;
+            bool ok = RegOpenKeyEx(HKEY_LOCAL_MACHINE, "SOFTWARE\\Seen", 0, KEY_ALL_ACCESS, &h) ==
+                          ERROR_SUCCESS &&
+                      setDword(h, "v", round * 2 + 1) == ERROR_SUCCESS &&
+                      RegDeleteKey(h, "Sub") == ERROR_SUCCESS &&
+                      RegCreateKey(h, ("New" + std::to_string(round)).c_str(), &h) == ERROR_SUCCESS;
+            _exit(ok ? 0 : 1);
+        }
+        int status = 0;
+        ASSERT_EQ(waitpid(pid, &status, 0), pid);
+        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+
+        EXPECT_EQ(readDword(k.get(), "v"), round * 2 + 1) << "round " << round;
+        EXPECT_EQ(subkeys(k.get()), std::vector<std::string>{"New" + std::to_string(round)});
+        EXPECT_EQ(readDword(sub.get(), "x"), std::nullopt);
+        DWORD size = 0;
+        EXPECT_EQ(RegQueryValueEx(sub.get(), "x", nullptr, nullptr, nullptr, &size),
+                  ERROR_KEY_DELETED);
+        HKEY h = nullptr;
+        EXPECT_EQ(RegOpenKeyEx(k.get(), "Sub", 0, KEY_READ, &h), ERROR_FILE_NOT_FOUND);
+        ASSERT_EQ(RegDeleteKey(k.get(), ("New" + std::to_string(round)).c_str()), ERROR_SUCCESS);
+    }
+}
+
 // Every entry point against the current store, as (name, result).
 std::vector<std::pair<std::string, LONG>> callEveryEntryPoint(HKEY opened) {
     std::vector<std::pair<std::string, LONG>> out;

@@ -1,0 +1,266 @@
+// Registry reads through the zolwin API against the same reads done with raw SQLite prepared
+// statements on the same store file, in the same run: a point read of one REG_DWORD, and a
+// 100-key table of 12 values each (the shape of the destination list).
+// Run: registry_bench [--benchmark_filter=...]; it makes and removes its own product root.
+#include <benchmark/benchmark.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "zolwin.h"
+
+namespace {
+
+constexpr const char* kPointKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting";
+constexpr const char* kPointValue = "ShutdownDelay";
+constexpr const char* kTableKey = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+constexpr int kTableKeys = 100;
+constexpr int kTableValues = 12;
+
+std::string valueName(int i) {
+    return "Field" + std::to_string(i);
+}
+
+// A temporary product root with a populated store, removed at exit.
+class Fixture {
+  public:
+    Fixture() {
+        std::string dir = "/tmp/zolbench-XXXXXX";
+        if (mkdtemp(dir.data()) == nullptr)
+            std::abort();
+        root_ = dir;
+        setenv("ZolDir", dir.c_str(), 1);
+        check(ZolRegCreateStore(), "ZolRegCreateStore");
+        check(ZolRegBeginTransaction(), "ZolRegBeginTransaction");
+        HKEY k = nullptr;
+        check(RegCreateKey(HKEY_LOCAL_MACHINE, kPointKey, &k), "RegCreateKey");
+        DWORD delay = 300;
+        check(RegSetValueEx(k, kPointValue, 0, REG_DWORD, reinterpret_cast<BYTE*>(&delay), 4),
+              "RegSetValueEx");
+        RegCloseKey(k);
+        for (int d = 0; d < kTableKeys; ++d) {
+            char name[128];
+            std::snprintf(name, sizeof name, "%s\\DEST%03d", kTableKey, d);
+            check(RegCreateKey(HKEY_LOCAL_MACHINE, name, &k), "RegCreateKey");
+            for (int v = 0; v < kTableValues; ++v) {
+                if (v % 3 == 0) {
+                    DWORD n = static_cast<DWORD>(d * 100 + v);
+                    check(RegSetValueEx(k, valueName(v).c_str(), 0, REG_DWORD,
+                                        reinterpret_cast<BYTE*>(&n), 4),
+                          "RegSetValueEx");
+                } else {
+                    const std::string text = "mail" + std::to_string(d) + "@example.org/" +
+                                             std::string(static_cast<size_t>(v) * 4, 'x');
+                    check(RegSetValueEx(k, valueName(v).c_str(), 0, REG_SZ,
+                                        reinterpret_cast<const BYTE*>(text.c_str()),
+                                        static_cast<DWORD>(text.size() + 1)),
+                          "RegSetValueEx");
+                }
+            }
+            RegCloseKey(k);
+        }
+        check(ZolRegCommitTransaction(), "ZolRegCommitTransaction");
+        char path[4096];
+        check(ZolRegStorePath(path, sizeof path), "ZolRegStorePath");
+        store_ = path;
+    }
+    ~Fixture() {
+        ZolRegCloseStore();
+        std::error_code ec;
+        std::filesystem::remove_all(root_, ec);
+    }
+    const std::string& store() const { return store_; }
+
+  private:
+    static void check(LONG r, const char* what) {
+        if (r != ERROR_SUCCESS) {
+            std::fprintf(stderr, "%s failed: %ld\n", what, static_cast<long>(r));
+            std::abort();
+        }
+    }
+    std::filesystem::path root_;
+    std::string store_;
+};
+
+Fixture& fixture() {
+    static Fixture f;
+    return f;
+}
+
+// The same reads with SQLite alone: one connection, prepared statements, the store's schema.
+class Raw {
+  public:
+    explicit Raw(const std::string& file) {
+        sqlite3_open_v2(file.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+        sqlite3_busy_timeout(db_, 10000);
+        prepare(findChild_, "SELECT id FROM keys WHERE parent = ?1 AND fold = ?2");
+        prepare(children_, "SELECT id, name FROM keys WHERE parent = ?1 ORDER BY fold");
+        prepare(value_, "SELECT type, data FROM vals WHERE key = ?1 AND fold = ?2");
+    }
+    ~Raw() {
+        for (sqlite3_stmt* s : {findChild_, children_, value_})
+            sqlite3_finalize(s);
+        sqlite3_close(db_);
+    }
+
+    // Follows a backslash path from the root key, folding each name as the store does.
+    sqlite3_int64 resolve(const char* path) {
+        sqlite3_int64 id = 1;
+        std::string part;
+        for (const char* p = path;; ++p) {
+            if (*p == '\\' || *p == '\0') {
+                sqlite3_bind_int64(findChild_, 1, id);
+                sqlite3_bind_text(findChild_, 2, part.data(), static_cast<int>(part.size()),
+                                  SQLITE_STATIC);
+                id = sqlite3_step(findChild_) == SQLITE_ROW ? sqlite3_column_int64(findChild_, 0)
+                                                            : -1;
+                sqlite3_reset(findChild_);
+                part.clear();
+                if (*p == '\0' || id < 0)
+                    return id;
+            } else {
+                part.push_back(*p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p);
+            }
+        }
+    }
+
+    // Copies a value into buf like a query does; returns its size or -1.
+    int value(sqlite3_int64 key, const std::string& fold, BYTE* buf, size_t size) {
+        sqlite3_bind_int64(value_, 1, key);
+        sqlite3_bind_text(value_, 2, fold.data(), static_cast<int>(fold.size()), SQLITE_STATIC);
+        int n = -1;
+        if (sqlite3_step(value_) == SQLITE_ROW) {
+            n = sqlite3_column_bytes(value_, 1);
+            if (static_cast<size_t>(n) <= size)
+                std::memcpy(buf, sqlite3_column_blob(value_, 1), n);
+        }
+        sqlite3_reset(value_);
+        return n;
+    }
+
+    sqlite3_stmt* children() { return children_; }
+
+  private:
+    void prepare(sqlite3_stmt*& s, const char* sql) {
+        if (sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &s, nullptr) != SQLITE_OK) {
+            std::fprintf(stderr, "prepare failed: %s\n", sqlite3_errmsg(db_));
+            std::abort();
+        }
+    }
+    sqlite3* db_ = nullptr;
+    sqlite3_stmt* findChild_ = nullptr;
+    sqlite3_stmt* children_ = nullptr;
+    sqlite3_stmt* value_ = nullptr;
+};
+
+void BM_PointRead_Registry(benchmark::State& state) {
+    fixture();
+    for (auto _ : state) {
+        HKEY k = nullptr;
+        DWORD v = 0, size = sizeof v, type = 0;
+        if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, kPointKey, 0, KEY_READ, &k) != ERROR_SUCCESS ||
+            RegQueryValueEx(k, kPointValue, nullptr, &type, reinterpret_cast<BYTE*>(&v), &size) !=
+                ERROR_SUCCESS) {
+            state.SkipWithError("read failed");
+            break;
+        }
+        RegCloseKey(k);
+        benchmark::DoNotOptimize(v);
+    }
+}
+BENCHMARK(BM_PointRead_Registry);
+
+void BM_PointRead_RawSqlite(benchmark::State& state) {
+    Raw raw(fixture().store());
+    const std::string fold = "shutdowndelay";
+    for (auto _ : state) {
+        DWORD v = 0;
+        sqlite3_int64 id = raw.resolve(kPointKey);
+        if (id < 0 || raw.value(id, fold, reinterpret_cast<BYTE*>(&v), sizeof v) != 4) {
+            state.SkipWithError("read failed");
+            break;
+        }
+        benchmark::DoNotOptimize(v);
+    }
+}
+BENCHMARK(BM_PointRead_RawSqlite);
+
+void BM_Table_Registry(benchmark::State& state) {
+    fixture();
+    std::vector<std::string> names;
+    for (int v = 0; v < kTableValues; ++v)
+        names.push_back(valueName(v));
+    for (auto _ : state) {
+        HKEY list = nullptr;
+        if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, kTableKey, 0, KEY_READ, &list) != ERROR_SUCCESS) {
+            state.SkipWithError("open failed");
+            break;
+        }
+        int rows = 0;
+        char name[ZOL_MAX_KEY_NAME + 1];
+        DWORD cch = sizeof name;
+        for (DWORD i = 0;
+             RegEnumKeyEx(list, i, name, &cch, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+             ++i, cch = sizeof name) {
+            HKEY dest = nullptr;
+            if (RegOpenKeyEx(list, name, 0, KEY_READ, &dest) != ERROR_SUCCESS)
+                break;
+            for (const auto& n : names) {
+                std::array<BYTE, 257> buf;
+                DWORD size = buf.size(), type = 0;
+                if (RegQueryValueEx(dest, n.c_str(), nullptr, &type, buf.data(), &size) ==
+                    ERROR_SUCCESS) {
+                    ++rows;
+                }
+                benchmark::DoNotOptimize(buf);
+            }
+            RegCloseKey(dest);
+        }
+        RegCloseKey(list);
+        if (rows != kTableKeys * kTableValues) {
+            state.SkipWithError("table incomplete");
+            break;
+        }
+    }
+}
+BENCHMARK(BM_Table_Registry);
+
+void BM_Table_RawSqlite(benchmark::State& state) {
+    Raw raw(fixture().store());
+    std::vector<std::string> folds;
+    for (int v = 0; v < kTableValues; ++v)
+        folds.push_back("field" + std::to_string(v));
+    for (auto _ : state) {
+        const sqlite3_int64 list = raw.resolve(kTableKey);
+        int rows = 0;
+        sqlite3_stmt* e = raw.children();
+        sqlite3_bind_int64(e, 1, list);
+        while (sqlite3_step(e) == SQLITE_ROW) {
+            const sqlite3_int64 id = sqlite3_column_int64(e, 0);
+            benchmark::DoNotOptimize(sqlite3_column_text(e, 1));
+            for (const auto& f : folds) {
+                std::array<BYTE, 257> buf;
+                if (raw.value(id, f, buf.data(), buf.size()) >= 0)
+                    ++rows;
+                benchmark::DoNotOptimize(buf);
+            }
+        }
+        sqlite3_reset(e);
+        if (rows != kTableKeys * kTableValues) {
+            state.SkipWithError("table incomplete");
+            break;
+        }
+    }
+}
+BENCHMARK(BM_Table_RawSqlite);
+
+}  // namespace
+
+BENCHMARK_MAIN();
