@@ -390,7 +390,8 @@ ParseResult parseRegFile(std::string_view text) {
 }
 
 std::string formatValueLine(const Value& value) {
-    if (holdsLineBreak(value.name)) {
+    // A CR inside a name survives a line of its own; only LF ends a line early.
+    if (value.name.find('\n') != std::string::npos) {
         throw std::invalid_argument("value name with a line break: REGEDIT4 cannot carry it");
     }
     std::string out = value.name.empty() ? std::string("@") : quoted(value.name);
@@ -417,7 +418,7 @@ std::string writeRegFile(const std::vector<KeyBlock>& blocks) {
     std::string out(kHeader);
     out += "\n\n";
     for (const KeyBlock& block : blocks) {
-        if (holdsLineBreak(block.key)) {
+        if (block.key.find('\n') != std::string::npos) {
             throw std::invalid_argument("key name with a line break: REGEDIT4 cannot carry it");
         }
         out += "[" + longPath(block.key) + "]\n";

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <zolwin.h>
 
+#include <algorithm>
+#include <random>
+
 #include "regfile.h"
 
 namespace {
@@ -204,6 +207,56 @@ TEST(RegFileWrite, EveryFormAndParsesBack) {
     EXPECT_EQ(zolreg::writeRegFile(rebuilt), text);
 
     EXPECT_THROW(zolreg::formatValueLine({"a\nb", REG_SZ, z("x")}), std::invalid_argument);
+    // A CR inside a name is carried as it is.
+    const std::string crLine = zolreg::formatValueLine({"a\rb", REG_SZ, z("x")});
+    EXPECT_EQ(parseRegFile("REGEDIT4\n[HKLM\\A]\n" + crLine + "\n").ops.at(1).value.name, "a\rb");
+}
+
+TEST(RegFileParse, MutatedFilesNeverBreakTheParser) {
+    const std::string seed =
+        "REGEDIT4\n\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\T]\n@=\"d\\\\e\\\"f\"\n"
+        "\"n\"=dword:0000006e\n\"b\"=hex:01,02,\\\n  03\n\"m\"=hex(7):61,00,00\n"
+        "\"x\"=-\n[-HKLM\\SOFTWARE\\U]\n";
+    ASSERT_FALSE(parseRegFile(seed).error);
+    const std::string alphabet = "[]\\\"@=-:,()\r\n hexdword0179afAF;\xC6";
+    std::mt19937 random(7);
+    for (int round = 0; round < 3000; ++round) {
+        std::string text = seed;
+        int edits = 1 + static_cast<int>(random() % 4);
+        for (int e = 0; e < edits && !text.empty(); ++e) {
+            size_t at = random() % text.size();
+            char c = alphabet[random() % alphabet.size()];
+            switch (random() % 3) {
+                case 0:
+                    text[at] = c;
+                    break;
+                case 1:
+                    text.insert(at, 1, c);
+                    break;
+                default:
+                    text.erase(at, 1 + random() % 3);
+                    break;
+            }
+        }
+        zolreg::ParseResult r = parseRegFile(text);
+        if (r.error) {
+            EXPECT_TRUE(r.ops.empty());
+            EXPECT_GE(r.error->line, 1);
+            EXPECT_LE(r.error->line, std::count(text.begin(), text.end(), '\n') + 1);
+            EXPECT_FALSE(r.error->message.empty());
+        } else {
+            // Whatever was accepted writes out and reads back to the same values.
+            for (const zolreg::Operation& op : r.ops) {
+                if (op.kind != OpKind::SetValue)
+                    continue;
+                std::string line = zolreg::formatValueLine(op.value);
+                zolreg::ParseResult back =
+                    parseRegFile("REGEDIT4\n[HKLM\\" + op.key + "]\n" + line + "\n");
+                ASSERT_FALSE(back.error) << line;
+                EXPECT_EQ(back.ops.back().value, op.value) << line;
+            }
+        }
+    }
 }
 
 }  // namespace
