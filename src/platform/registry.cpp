@@ -26,6 +26,14 @@
 //   between ZolRegBeginTransaction and the outermost commit, each write is a savepoint of the
 //   caller's transaction instead. A transaction belongs to the thread that began it: other
 //   threads of the process wait until it ends.
+//
+// Reads
+//   Reads go through a cache of whole keys (existence, subkeys, values), each read in one read
+//   transaction. Every call first compares the header of the store's shared WAL index, which
+//   any process's commit changes, with the header seen when the cache was last emptied; any
+//   difference, any write of this process and any transaction boundary empties it. So a read
+//   never returns something older than the last commit, yet repeated reads cost no SQLite
+//   call. Opening a key also checks that the store file is still the one the connection has.
 #include <fcntl.h>
 #include <pthread.h>
 #include <sqlite3.h>

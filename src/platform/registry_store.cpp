@@ -147,7 +147,12 @@ LONG Store::validate() {
 
     // A store is made in WAL mode, which the file keeps; asking again repairs a store copied
     // in from elsewhere. FULL makes every commit durable before it returns.
-    rc = singleRow(db_, "PRAGMA journal_mode = WAL", [](sqlite3_stmt*) {});
+    std::string mode;
+    rc = singleRow(db_, "PRAGMA journal_mode = WAL", [&](sqlite3_stmt* s) {
+        const auto* t = sqlite3_column_text(s, 0);
+        if (t != nullptr)
+            mode = reinterpret_cast<const char*>(t);
+    });
     if (rc != SQLITE_ROW && (rc & 0xff) != SQLITE_BUSY)
         return mapSqliteError(rc);
     rc = exec("PRAGMA synchronous = FULL");
@@ -155,8 +160,10 @@ LONG Store::validate() {
         return mapSqliteError(rc);
 
     // The reads above opened the WAL index; its header tells a cache whether anything changed.
+    // Without WAL (a store that could not be switched) there is no such index: no cache.
     sqlite3_file* file = nullptr;
-    if (sqlite3_file_control(db_, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
+    if (mode == "wal" &&
+        sqlite3_file_control(db_, "main", SQLITE_FCNTL_FILE_POINTER, &file) == SQLITE_OK &&
         file != nullptr && file->pMethods != nullptr && file->pMethods->iVersion >= 2) {
         void volatile* region = nullptr;
         if (file->pMethods->xShmMap(file, 0, 32768, 0, &region) == SQLITE_OK) {
