@@ -526,7 +526,7 @@ LONG Registry::write(Op&& op) {
         return r == kBusy ? ERROR_REGISTRY_IO_FAILED : r;
     }
     return retryWhileBusy([&]() -> LONG {
-        LONG r = connect(false);
+        LONG r = connect(true);  // never write into a store file replaced meanwhile
         if (r != ERROR_SUCCESS)
             return r;
         int rc = store_.exec("BEGIN IMMEDIATE");
@@ -586,8 +586,6 @@ LONG Registry::createKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result, LPD
         return r;
     if ((base->access & KEY_CREATE_SUB_KEY) == 0)
         return ERROR_ACCESS_DENIED;
-    if (depth_ == 0 && (r = connect(true)) != ERROR_SUCCESS)
-        return r;
     const KeyHandle& from = *base;
     sqlite3_int64 id = 0;
     bool created = false;
