@@ -9,37 +9,33 @@
 
 namespace {
 
-using zoltest::ScopedEnv;
-using Var = std::optional<std::string>;
-
-LANGID langFor(Var lcAll, Var lcMessages, Var lang) {
-    ScopedEnv a("LC_ALL", lcAll);
-    ScopedEnv m("LC_MESSAGES", lcMessages);
-    ScopedEnv l("LANG", lang);
-    return GetSystemDefaultLangID();
-}
-
-TEST(Language, LocaleVariablesInOrder) {
-    constexpr LANGID ja = LANGID_JAPANESE, en = LANGID_ENGLISH_US;
-    EXPECT_EQ(ja, 1041);
-    EXPECT_EQ(en, 1033);
-    EXPECT_EQ(langFor({}, {}, "ja_JP.UTF-8"), ja);
-    EXPECT_EQ(langFor({}, {}, "ja_JP.eucJP"), ja);
-    EXPECT_EQ(langFor({}, {}, "ja"), ja);
-    EXPECT_EQ(langFor({}, {}, "en_US.UTF-8"), en);
-    EXPECT_EQ(langFor({}, {}, "C"), en);
-    EXPECT_EQ(langFor({}, {}, {}), en);
-    EXPECT_EQ(langFor("", "", ""), en);
-    // LC_ALL overrides LC_MESSAGES, which overrides LANG.
-    EXPECT_EQ(langFor("C", "ja_JP.UTF-8", "ja_JP.UTF-8"), en);
-    EXPECT_EQ(langFor("ja_JP.eucJP", "C", "en_US.UTF-8"), ja);
-    EXPECT_EQ(langFor({}, "ja_JP.UTF-8", "en_US.UTF-8"), ja);
-    EXPECT_EQ(langFor({}, "en_US.UTF-8", "ja_JP.UTF-8"), en);
-    // Set but empty counts as not set.
-    EXPECT_EQ(langFor("", "", "ja_JP.UTF-8"), ja);
-    EXPECT_EQ(langFor("", "ja_JP.UTF-8", "C"), ja);
-    // Only a leading "ja" is Japanese.
-    EXPECT_EQ(langFor({}, {}, "en_JA.UTF-8"), en);
+TEST(Language, FirstSetLocaleVariableDecides) {
+    using V = std::optional<std::string>;
+    struct Case {
+        V lcAll, lcMessages, lang;
+        LANGID want;
+    };
+    const Case cases[] = {
+        {{}, {}, "ja_JP.UTF-8", 1041},
+        {{}, {}, "ja_JP.eucJP", 1041},
+        {{}, {}, "en_US.UTF-8", 1033},
+        {{}, {}, "C", 1033},
+        {{}, {}, {}, 1033},
+        {"", "", "", 1033},
+        {"C", "ja_JP.UTF-8", "ja_JP", 1033},
+        {"ja_JP.eucJP", "C", "C", 1041},
+        {{}, "ja_JP.UTF-8", "C", 1041},
+        {{}, "en_US.UTF-8", "ja_JP.UTF-8", 1033},
+        {"", "", "ja_JP.UTF-8", 1041},
+        {"", "ja_JP.UTF-8", "C", 1041},
+        {{}, {}, "en_JA.UTF-8", 1033},
+    };
+    for (const auto& c : cases) {
+        zoltest::ScopedEnv a("LC_ALL", c.lcAll), m("LC_MESSAGES", c.lcMessages), l("LANG", c.lang);
+        EXPECT_EQ(GetSystemDefaultLangID(), c.want)
+            << c.lcAll.value_or("-") << " " << c.lcMessages.value_or("-") << " "
+            << c.lang.value_or("-");
+    }
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The trace log: the line format, one line per call, the level filter, long texts, a missing
-// log folder, and several processes appending to one file at once.
+// The trace log: the fields of a line, one line per call, the level filter, long texts, a
+// missing log folder, and several processes appending to one file at once.
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -22,129 +22,90 @@
 namespace {
 
 namespace fs = std::filesystem;
-using zoltest::ProductRoot;
-using zoltest::ScopedEnv;
 
-std::vector<std::string> lines(const fs::path& file) {
-    std::vector<std::string> out;
-    std::istringstream in(zoltest::readFile(file));
-    for (std::string line; std::getline(in, line);)
-        out.push_back(line);
-    return out;
-}
-
-// A trace line split into its fields; nullopt when the line does not have a trace line's shape.
 struct TraceLine {
     std::string pid, level, where, text;  // where = "file:function:line"
 };
 
-bool allDigits(const std::string& s) {
-    return !s.empty() && s.find_first_not_of("0123456789") == std::string::npos;
+// Splits "YYYY-MM-DD hh:mm:ss.mmm [pid] Llevel where text"; nullopt for any other shape.
+std::vector<std::optional<TraceLine>> readTrace(const fs::path& file) {
+    std::vector<std::optional<TraceLine>> out;
+    std::istringstream in(zoltest::readFile(file));
+    for (std::string line; std::getline(in, line);) {
+        const std::string stamp = "dddd-dd-dd dd:dd:dd.ddd [";
+        bool ok = line.size() > stamp.size();
+        for (size_t i = 0; ok && i < stamp.size(); ++i) {
+            ok = stamp[i] == 'd' ? std::isdigit(static_cast<unsigned char>(line[i])) != 0
+                                 : line[i] == stamp[i];
+        }
+        const auto pidEnd = line.find("] L", stamp.size());
+        const auto levelEnd = line.find(' ', pidEnd + 3);
+        const auto whereEnd = line.find(' ', levelEnd + 1);
+        if (!ok || whereEnd == std::string::npos) {
+            out.emplace_back();
+            continue;
+        }
+        out.push_back(TraceLine{line.substr(stamp.size(), pidEnd - stamp.size()),
+                                line.substr(pidEnd + 3, levelEnd - pidEnd - 3),
+                                line.substr(levelEnd + 1, whereEnd - levelEnd - 1),
+                                line.substr(whereEnd + 1)});
+    }
+    return out;
 }
 
-std::optional<TraceLine> parse(const std::string& line) {
-    static const std::string stamp = "dddd-dd-dd dd:dd:dd.ddd";
-    if (line.size() < stamp.size() + 2)
-        return std::nullopt;
-    for (size_t i = 0; i < stamp.size(); ++i) {
-        const bool ok = stamp[i] == 'd' ? std::isdigit(static_cast<unsigned char>(line[i])) != 0
-                                        : line[i] == stamp[i];
-        if (!ok)
-            return std::nullopt;
-    }
-    const std::string rest = line.substr(stamp.size());
-    const auto pidEnd = rest.find("] L");
-    const auto levelEnd = rest.find(' ', pidEnd + 3);
-    const auto whereEnd = rest.find(' ', levelEnd + 1);
-    if (!rest.starts_with(" [") || pidEnd == std::string::npos || levelEnd == std::string::npos ||
-        whereEnd == std::string::npos) {
-        return std::nullopt;
-    }
-    TraceLine t{rest.substr(2, pidEnd - 2), rest.substr(pidEnd + 3, levelEnd - pidEnd - 3),
-                rest.substr(levelEnd + 1, whereEnd - levelEnd - 1), rest.substr(whereEnd + 1)};
-    if (!allDigits(t.pid) || !allDigits(t.level))
-        return std::nullopt;
-    return t;
-}
-
-TEST(TraceLog, OneLinePerCallWithAllFields) {
-    ProductRoot root(false);
-    ScopedEnv zolDir("ZolDir", root.path().string());
-    EXPECT_EQ(TraceLogInit(0, "tracefmt", 0, TRACE_LEVEL_INFO, 0), 0);
+TEST(TraceLog, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
+    zoltest::ProductRoot root(false);
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    EXPECT_EQ(TraceLogInit(0, "tracefmt", 0, TRACE_LEVEL_FAILURE, 0), 0);
     const int line = __LINE__ + 1;
     ZOL_TRACE(TRACE_LEVEL_ERROR, "<return %d.", 1);
     TraceLog(TRACE_LEVEL_TRACE, "/src/frame/menu.cpp", "EditParameter", 123, "> [IN] %s=%d",
              "hLibRPTSET", 7);
-    TraceLog(TRACE_LEVEL_INFO, "menu.cpp", "Split", 7, "first\nsecond\r\nthird\n");
-    TraceLog(TRACE_LEVEL_INFO, nullptr, nullptr, 0, nullptr);
+    TraceLog(TRACE_LEVEL_INFO, "menu.cpp", "Hidden", 1, "above the maximum level");
+    TraceLog(TRACE_LEVEL_FAILURE, "menu.cpp", "Split", 7, "first\nsecond\r\nthird\n");
+    TraceLog(TRACE_LEVEL_FAILURE, nullptr, nullptr, 0, nullptr);
+    const std::string longText = "BEGIN" + std::string(10000, 'y');
+    TraceLog(TRACE_LEVEL_ERROR, "f.cpp", "fn", 1, "%s", longText.c_str());
 
-    const auto got = lines(root.traceFile("tracefmt"));
-    ASSERT_EQ(got.size(), 4u) << zoltest::readFile(root.traceFile("tracefmt"));
-    std::vector<TraceLine> parsed;
-    for (const auto& l : got) {
-        auto t = parse(l);
-        ASSERT_TRUE(t) << l;
+    const auto got = readTrace(root.traceFile("tracefmt"));
+    ASSERT_EQ(got.size(), 5u) << zoltest::readFile(root.traceFile("tracefmt")).substr(0, 2000);
+    for (const auto& t : got) {
+        ASSERT_TRUE(t);
         EXPECT_EQ(t->pid, std::to_string(getpid()));
-        parsed.push_back(*t);
     }
-    EXPECT_EQ(parsed[0].level, "1");
-    EXPECT_EQ(parsed[0].where, "trace_test.cpp:TestBody:" + std::to_string(line));
-    EXPECT_EQ(parsed[0].text, "<return 1.");
-    EXPECT_EQ(parsed[1].level, "0");
-    EXPECT_EQ(parsed[1].where, "menu.cpp:EditParameter:123");
-    EXPECT_EQ(parsed[1].text, "> [IN] hLibRPTSET=7");
-    // Line breaks inside the text are shown, not written.
-    EXPECT_EQ(parsed[2].level, "3");
-    EXPECT_EQ(parsed[2].text, "first\\nsecond\\r\\nthird\\n");
-    EXPECT_EQ(parsed[3].where, "?:?:0");
-    EXPECT_EQ(parsed[3].text, "");
-}
+    EXPECT_EQ(got[0]->level + " " + got[0]->where + " " + got[0]->text,
+              "1 trace_test.cpp:TestBody:" + std::to_string(line) + " <return 1.");
+    EXPECT_EQ(got[1]->level + " " + got[1]->where + " " + got[1]->text,
+              "0 menu.cpp:EditParameter:123 > [IN] hLibRPTSET=7");
+    // Line breaks in the text are shown, not written.
+    EXPECT_EQ(got[2]->where + " " + got[2]->text, "menu.cpp:Split:7 first\\nsecond\\r\\nthird\\n");
+    EXPECT_EQ(got[3]->where + "|" + got[3]->text, "?:?:0|");
+    // A long text is cut to the line limit and marked, not dropped.
+    EXPECT_TRUE(got[4]->text.starts_with("BEGINyyy"));
+    EXPECT_TRUE(got[4]->text.ends_with("[...]"));
+    const std::string all = zoltest::readFile(root.traceFile("tracefmt"));
+    const size_t lastLength = all.size() - all.rfind('\n', all.size() - 2) - 1;  // with its '\n'
+    EXPECT_LE(lastLength, 4096u);
+    EXPECT_GT(lastLength, 4000u);
 
-TEST(TraceLog, LevelsAboveTheMaximumAreLeftOut) {
-    ProductRoot root(false);
-    ScopedEnv zolDir("ZolDir", root.path().string());
-    TraceLogInit(0, "tracelevel", 0, TRACE_LEVEL_ERROR, 0);
-    for (int level = TRACE_LEVEL_TRACE; level <= TRACE_LEVEL_INFO; ++level) {
-        TraceLog(level, "f.cpp", "fn", level, "level %d", level);
-    }
-    auto got = lines(root.traceFile("tracelevel"));
-    ASSERT_EQ(got.size(), 2u);
-    EXPECT_TRUE(got[0].ends_with("L0 f.cpp:fn:0 level 0"));
-    EXPECT_TRUE(got[1].ends_with("L1 f.cpp:fn:1 level 1"));
-
-    // A new init takes the new maximum (and program name).
-    TraceLogInit(0, "tracelevel", 0, -1, 0);
+    TraceLogInit(0, "tracefmt", 0, -1, 0);  // a new init sets a new maximum
     TraceLog(TRACE_LEVEL_TRACE, "f.cpp", "fn", 1, "hidden");
-    EXPECT_EQ(lines(root.traceFile("tracelevel")).size(), 2u);
+    EXPECT_EQ(readTrace(root.traceFile("tracefmt")).size(), 5u);
 }
 
-TEST(TraceLog, LongTextIsCutNotLost) {
-    ProductRoot root(false);
-    ScopedEnv zolDir("ZolDir", root.path().string());
-    TraceLogInit(0, "tracelong", 0, TRACE_LEVEL_INFO, 0);
-    std::string text = "BEGIN" + std::string(10000, 'y');
-    TraceLog(TRACE_LEVEL_INFO, "f.cpp", "fn", 1, "%s", text.c_str());
-    TraceLog(TRACE_LEVEL_INFO, "f.cpp", "fn", 2, "after");
-    const std::string all = zoltest::readFile(root.traceFile("tracelong"));
-    auto got = lines(root.traceFile("tracelong"));
-    ASSERT_EQ(got.size(), 2u);
-    EXPECT_LE(got[0].size() + 1, 4096u);
-    EXPECT_GT(got[0].size(), 4000u);
-    EXPECT_NE(got[0].find("fn:1 BEGINyyy"), std::string::npos);
-    EXPECT_TRUE(got[0].ends_with("[...]")) << got[0].substr(got[0].size() - 20);
-    EXPECT_TRUE(got[1].ends_with("fn:2 after"));
-}
+TEST(TraceLog, WithoutInitOrLogFolderLinesAreDroppedQuietly) {
+    zoltest::ProductRoot root(false);
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    auto r = zoltest::run({PLATFORM_HELPER, "trace-noinit"}, root.env());
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_TRUE(fs::is_empty(root.path() / "log"));
 
-TEST(TraceLog, MissingLogFolderDropsLinesQuietlyUntilItExists) {
-    ProductRoot root(false);
-    ScopedEnv zolDir("ZolDir", root.path().string());
     fs::remove_all(root.path() / "log");
     EXPECT_EQ(TraceLogInit(0, "tracemissing", 0, TRACE_LEVEL_INFO, 0), 0);
     errno = EINTR;
     TraceLog(TRACE_LEVEL_ERROR, "f.cpp", "fn", 1, "dropped");
     EXPECT_EQ(errno, EINTR) << "tracing must not change errno";
     EXPECT_FALSE(fs::exists(root.path() / "log"));
-
     // Once the folder is back, lines reach the file again without a new init.
     fs::create_directories(root.path() / "log");
     const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -153,44 +114,32 @@ TEST(TraceLog, MissingLogFolderDropsLinesQuietlyUntilItExists) {
         TraceLog(TRACE_LEVEL_ERROR, "f.cpp", "fn", 2, "back");
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
-    auto got = lines(root.traceFile("tracemissing"));
+    auto got = readTrace(root.traceFile("tracemissing"));
     ASSERT_FALSE(got.empty());
-    EXPECT_TRUE(got[0].ends_with("fn:2 back"));
-}
-
-TEST(TraceLog, NothingIsWrittenBeforeInit) {
-    ProductRoot root(false);
-    auto r = zoltest::run({PLATFORM_HELPER, "trace-noinit"}, root.env());
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_TRUE(fs::is_empty(root.path() / "log"));
+    EXPECT_EQ(got[0]->text, "back");
 }
 
 TEST(TraceLog, ConcurrentProcessesWriteWholeLines) {
-    ProductRoot root(false);
-    ScopedEnv zolDir("ZolDir", root.path().string());
+    zoltest::ProductRoot root(false);
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
     constexpr int kProcesses = 4, kLines = 300, kLength = 1500;
     std::vector<std::unique_ptr<platformtest::ChildProcess>> children;
     for (int i = 0; i < kProcesses; ++i) {
         children.push_back(std::make_unique<platformtest::ChildProcess>(std::vector<std::string>{
             PLATFORM_HELPER, "trace", "shared", std::to_string(kLines), std::to_string(kLength)}));
     }
+    for (auto& child : children)
+        ASSERT_EQ(child->wait(), 0);
+
     std::map<std::string, int> perPid;
-    for (auto& child : children) {
-        ASSERT_EQ(child->wait(std::chrono::seconds(60)), 0);
-        perPid[std::to_string(child->pid())] = 0;
-    }
-    auto got = lines(root.traceFile("shared"));
-    ASSERT_EQ(got.size(), static_cast<size_t>(kProcesses * kLines));
-    for (const auto& line : got) {
-        auto t = parse(line);
-        ASSERT_TRUE(t) << line.substr(0, 120);
-        EXPECT_EQ(t->level, "1");
+    for (const auto& t : readTrace(root.traceFile("shared"))) {
+        ASSERT_TRUE(t);
         ASSERT_TRUE(t->where.starts_with("platform_helper.cpp:worker:")) << t->where;
         const std::string number = t->where.substr(t->where.rfind(':') + 1);
-        EXPECT_EQ(t->text, t->pid + ":" + std::string(kLength, 'x') + ":" + number);
-        ASSERT_EQ(perPid.count(t->pid), 1u) << t->pid;
+        ASSERT_EQ(t->text, t->pid + ":" + std::string(kLength, 'x') + ":" + number);
         ++perPid[t->pid];
     }
+    EXPECT_EQ(perPid.size(), static_cast<size_t>(kProcesses));
     for (const auto& [pid, count] : perPid)
         EXPECT_EQ(count, kLines) << pid;
 }
