@@ -274,7 +274,7 @@ Join joinExisting(const std::string& shmName, Kind kind, SharedBlock*& out, DWOR
     return Join::Missing;
 }
 
-// Makes a new named object; false with EEXIST in errno when the name is taken.
+// Makes a new named object; nullptr with ERROR_ALREADY_EXISTS when the name is taken.
 SharedBlock* createNamed(const std::string& shmName, Kind kind, bool manualReset, bool state,
                          bool owner, DWORD& error) {
     int fd = shm_open(shmName.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
