@@ -1,0 +1,104 @@
+// Helpers of the program-frame tests (see frame_test_util.h).
+#include "frame_test_util.h"
+
+#include <sstream>
+
+#include "frame/msgfile.h"
+#include "ui/encoding.h"
+
+namespace frametest {
+
+std::string messageText(const zoltest::ProductRoot& root, const std::string& file, const char* id) {
+    std::string text = zoltest::readFile(root.path() / "data" / file);
+    text.append(kRcFileSpare, '\0');
+    if (CPFindDestStr(text.c_str(), id) != 0 || deststr[0] == '\0') {
+        ADD_FAILURE() << id << " is not defined in " << file;
+        return id;
+    }
+    return file[0] == 'J' ? zolui::eucToUtf8(deststr) : std::string(deststr);
+}
+
+std::map<std::string, std::optional<std::string>> runEnv(const zoltest::ProductRoot& root,
+                                                         bool japanese) {
+    std::map<std::string, std::optional<std::string>> env;
+    for (const auto& [name, value] : root.env())
+        env[name] = value;
+    env["LANG"] = japanese ? "ja_JP.UTF-8" : "C.UTF-8";
+    env["LC_ALL"] = std::nullopt;
+    env["LC_MESSAGES"] = std::nullopt;
+    return env;
+}
+
+std::unique_ptr<zoltest::Terminal> start(const zoltest::ProductRoot& root,
+                                         const std::vector<std::string>& args, bool japanese) {
+    std::vector<std::string> argv{root.bin("ZOLamsadm").string()};
+    argv.insert(argv.end(), args.begin(), args.end());
+    zoltest::TerminalOptions opts;
+    opts.env = runEnv(root, japanese);
+    return std::make_unique<zoltest::Terminal>(argv, opts);
+}
+
+std::unique_ptr<zoltest::Terminal> startMenu(const zoltest::ProductRoot& root,
+                                             const std::vector<std::string>& args) {
+    auto t = start(root, args);
+    EXPECT_TRUE(t->waitForText(english(root, "MAIN_BASESET_ID"))) << t->dump();
+    return t;
+}
+
+void closeMenu(zoltest::Terminal& t) {
+    t.send(zoltest::keys::CtrlO);
+    EXPECT_TRUE(t.waitForExit()) << t.dump();
+    EXPECT_EQ(t.exitStatus(), 1) << t.dump();
+}
+
+std::vector<TraceEntry> readTrace(const zoltest::ProductRoot& root) {
+    std::vector<TraceEntry> entries;
+    std::istringstream in(zoltest::readFile(root.traceFile("ZOLamsadm")));
+    // "<date> <time> [pid] L<level> <file>:<function>:<line> <text>"
+    for (std::string line; std::getline(in, line);) {
+        const auto levelAt = line.find("] L");
+        if (levelAt == std::string::npos)
+            continue;
+        const auto whereAt = line.find(' ', levelAt + 3);
+        const auto textAt = whereAt == std::string::npos ? whereAt : line.find(' ', whereAt + 1);
+        if (textAt == std::string::npos)
+            continue;
+        TraceEntry e;
+        e.level = std::stoi(line.substr(levelAt + 3, whereAt - levelAt - 3));
+        const std::string where = line.substr(whereAt + 1, textAt - whereAt - 1);
+        const auto c1 = where.find(':');
+        const auto c2 = where.rfind(':');
+        if (c1 != std::string::npos && c2 > c1)
+            e.function = where.substr(c1 + 1, c2 - c1 - 1);
+        e.text = line.substr(textAt + 1);
+        entries.push_back(std::move(e));
+    }
+    return entries;
+}
+
+int traceCount(const zoltest::ProductRoot& root, int level, const std::string& text,
+               const std::string& function) {
+    int n = 0;
+    for (const TraceEntry& e : readTrace(root)) {
+        n += e.level == level && e.text == text && (function.empty() || e.function == function);
+    }
+    return n;
+}
+
+std::string traceDump(const zoltest::ProductRoot& root) {
+    return "trace:\n" + zoltest::readFile(root.traceFile("ZOLamsadm"));
+}
+
+void zolreg(const zoltest::ProductRoot& root, const std::vector<std::string>& args) {
+    std::vector<std::string> argv{root.bin("zolreg").string()};
+    argv.insert(argv.end(), args.begin(), args.end());
+    const zoltest::RunResult r = zoltest::run(argv, root.env());
+    ASSERT_EQ(r.status, 0) << "zolreg failed: " << r.err;
+}
+
+void setVantrelInstalled(const zoltest::ProductRoot& root, bool installed) {
+    zolreg(root, {"add", "HKLM\\SOFTWARE\\Tavik\\VNTService\\SETUP", "/v", "Installed", "/t",
+                  "REG_DWORD", "/d", installed ? "1" : "0", "/f"});
+}
+
+}  // namespace frametest

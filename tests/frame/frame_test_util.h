@@ -1,0 +1,62 @@
+// Shared helpers of the program-frame tests: running ZOLamsadm in a test root, reading the texts
+// it takes from its message files and the trace lines it writes.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "product_root.h"
+#include "terminal.h"
+
+namespace frametest {
+
+// The value of `id` in the root's data/<file> as the terminal shows it (UTF-8), read with the
+// program's own lookup.
+std::string messageText(const zoltest::ProductRoot& root, const std::string& file, const char* id);
+inline std::string english(const zoltest::ProductRoot& root, const char* id) {
+    return messageText(root, "E_report.rc", id);
+}
+
+// Environment of an English (or Japanese) run in the root: ZolDir, LANG, no LC_ALL/LC_MESSAGES.
+std::map<std::string, std::optional<std::string>> runEnv(const zoltest::ProductRoot& root,
+                                                         bool japanese = false);
+
+// Starts bin/ZOLamsadm with `args` in an 80x25 terminal.
+std::unique_ptr<zoltest::Terminal> start(const zoltest::ProductRoot& root,
+                                         const std::vector<std::string>& args = {},
+                                         bool japanese = false);
+
+// Starts the program and waits for the main menu (its first row). Fails the test when it does
+// not appear.
+std::unique_ptr<zoltest::Terminal> startMenu(const zoltest::ProductRoot& root,
+                                             const std::vector<std::string>& args = {});
+
+// Ends the menu with its hot key Ctrl-O and expects the normal exit status 1.
+void closeMenu(zoltest::Terminal& t);
+
+struct TraceEntry {
+    int level = -1;
+    std::string function;
+    std::string text;
+};
+std::vector<TraceEntry> readTrace(const zoltest::ProductRoot& root);
+// How many trace lines of ZOLamsadm have exactly this level and text (and come from `function`
+// when one is given).
+int traceCount(const zoltest::ProductRoot& root, int level, const std::string& text,
+               const std::string& function = {});
+// The trace for failure messages.
+std::string traceDump(const zoltest::ProductRoot& root);
+
+// Runs bin/zolreg in the root and expects success.
+void zolreg(const zoltest::ProductRoot& root, const std::vector<std::string>& args);
+
+// Sets the store's flag of the remote report service package (1 = installed).
+void setVantrelInstalled(const zoltest::ProductRoot& root, bool installed);
+
+}  // namespace frametest
