@@ -157,3 +157,44 @@ TEST(FrameMenu, DestinationLoadFailureEndsTheMenuAfterItsMessage) {
     EXPECT_EQ(t->exitStatus(), 1);
     EXPECT_EQ(traceCount(root, 1, "InitialDS(hLibRPTSET) == -1"), 1) << traceDump(root);
 }
+
+TEST(FrameMenu, EmptyDestinationListEndsTheMenuFromTheEventRows) {
+    for (const int row : {2, 3}) {
+        ProductRoot root;
+        const std::string idList = "HKLM\\SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+        frametest::zolreg(root, {"delete", idList, "/f"});
+        frametest::zolreg(root, {"add", idList, "/f"});
+        auto t = frametest::startMenu(root);
+        for (int i = 0; i < row; ++i)
+            t->send(keys::Down);
+        t->send(keys::Enter);
+        // No message: the program simply ends as after Close.
+        ASSERT_TRUE(t->waitForExit()) << t->dump();
+        EXPECT_EQ(t->exitStatus(), 1);
+        EXPECT_EQ(traceCount(root, 1, "GetReportIDformReg initialize for IDList failed."), 1)
+            << traceDump(root);
+        EXPECT_EQ(traceCount(root, 0, "<return 1.", "main"), 1) << traceDump(root);
+    }
+}
+
+TEST(FrameMenu, SuspendHandlerWaitsForAKeyButTheMenuNeverUsesIt) {
+    auto demo = std::make_unique<zoltest::Terminal>(std::vector<std::string>{SUSPEND_DEMO});
+    ASSERT_TRUE(demo->waitForText("Press a key to continue:")) << demo->dump();
+    EXPECT_FALSE(demo->contains("resumed"));
+    // The terminal is back in line mode while suspended: the key counts once Enter is pressed.
+    demo->send(keys::Enter);
+    ASSERT_TRUE(demo->waitForExit()) << demo->dump();
+    EXPECT_EQ(demo->exitStatus(), 0);
+    EXPECT_NE(demo->rawOutput().find("resumed"), std::string::npos);
+
+    // Ctrl-Z in the menu does not reach the handler: the menu goes on.
+    ProductRoot root;
+    auto t = frametest::startMenu(root);
+    t->send("\x1a");
+    t->send(keys::Down);
+    ASSERT_TRUE(t->waitFor([&](const zoltest::Terminal& term) {
+        return term.reverseText().find(english(root, kRowIds[1])) != std::string::npos;
+    })) << t->dump();
+    EXPECT_FALSE(t->contains("Press a key to continue")) << t->dump();
+    frametest::closeMenu(*t);
+}
