@@ -15,34 +15,31 @@
 namespace regtest {
 
 // Closes its handle when it goes out of scope.
-class Key {
-  public:
+struct Key {
+    HKEY h = nullptr;
     Key() = default;
-    explicit Key(HKEY h) : h_(h) {}
-    ~Key() { reset(); }
     Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    Key(Key&& o) noexcept : h_(o.h_) { o.h_ = nullptr; }
-
-    HKEY get() const { return h_; }
-    HKEY* out() {
-        reset();
-        return &h_;
-    }
+    Key(Key&& o) noexcept : h(o.h) { o.h = nullptr; }
+    ~Key() { reset(); }
+    HKEY get() const { return h; }
+    HKEY* out() { return reset(), &h; }
     void reset() {
-        if (h_ != nullptr)
-            RegCloseKey(h_);
-        h_ = nullptr;
+        if (h != nullptr)
+            RegCloseKey(h);
+        h = nullptr;
     }
-
-  private:
-    HKEY h_ = nullptr;
 };
 
-inline Key create(const char* path, HKEY parent = HKEY_LOCAL_MACHINE) {
+inline Key create(const std::string& path, HKEY parent = HKEY_LOCAL_MACHINE) {
     Key k;
-    EXPECT_EQ(RegCreateKey(parent, path, k.out()), ERROR_SUCCESS) << path;
+    EXPECT_EQ(RegCreateKey(parent, path.c_str(), k.out()), ERROR_SUCCESS) << path;
     return k;
+}
+
+// The open code of path, and the handle in *k.
+inline LONG open(Key& k, const std::string& path, REGSAM sam = KEY_READ,
+                 HKEY parent = HKEY_LOCAL_MACHINE) {
+    return RegOpenKeyEx(parent, path.c_str(), 0, sam, k.out());
 }
 
 inline LONG setString(HKEY h, const char* name, const std::string& text) {
@@ -57,14 +54,11 @@ inline LONG setDword(HKEY h, const char* name, DWORD v) {
 // The value's bytes, or nullopt when the query fails.
 inline std::optional<std::string> readBytes(HKEY h, const char* name, DWORD* type = nullptr) {
     DWORD size = 0;
-    if (RegQueryValueEx(h, name, nullptr, type, nullptr, &size) != ERROR_SUCCESS) {
+    if (RegQueryValueEx(h, name, nullptr, type, nullptr, &size) != ERROR_SUCCESS)
         return std::nullopt;
-    }
     std::string buf(size, '\0');
-    if (RegQueryValueEx(h, name, nullptr, type, reinterpret_cast<BYTE*>(buf.data()), &size) !=
-        ERROR_SUCCESS) {
+    if (RegQueryValueEx(h, name, nullptr, type, reinterpret_cast<BYTE*>(buf.data()), &size) != 0)
         return std::nullopt;
-    }
     buf.resize(size);
     return buf;
 }
@@ -77,45 +71,39 @@ inline std::optional<std::string> readString(HKEY h, const char* name) {
 }
 
 inline std::optional<DWORD> readDword(HKEY h, const char* name) {
-    DWORD v = 0, size = sizeof v, type = 0;
-    if (RegQueryValueEx(h, name, nullptr, &type, reinterpret_cast<BYTE*>(&v), &size) !=
-            ERROR_SUCCESS ||
-        type != REG_DWORD || size != sizeof v) {
+    DWORD type = 0;
+    auto b = readBytes(h, name, &type);
+    if (!b || type != REG_DWORD || b->size() != sizeof(DWORD))
         return std::nullopt;
-    }
+    DWORD v = 0;
+    std::memcpy(&v, b->data(), sizeof v);
     return v;
 }
 
-// Every subkey name in enumeration order; the last code (259 when it ended normally) in *end.
-inline std::vector<std::string> subkeys(HKEY h, LONG* end = nullptr) {
-    std::vector<std::string> names;
+// Every subkey (or value) name in enumeration order; the code that ended it in *end.
+inline std::vector<std::string> names(HKEY h, bool values = false, LONG* end = nullptr) {
+    std::vector<std::string> out;
+    std::vector<char> name(ZOL_MAX_VALUE_NAME + 1);
     for (DWORD i = 0;; ++i) {
-        char name[ZOL_MAX_KEY_NAME + 1];
-        DWORD cch = sizeof name;
-        LONG r = RegEnumKeyEx(h, i, name, &cch, nullptr, nullptr, nullptr, nullptr);
+        DWORD cch = static_cast<DWORD>(name.size());
+        LONG r = values ? RegEnumValue(h, i, name.data(), &cch, nullptr, nullptr, nullptr, nullptr)
+                        : RegEnumKeyEx(h, i, name.data(), &cch, nullptr, nullptr, nullptr, nullptr);
         if (r != ERROR_SUCCESS) {
             if (end != nullptr)
                 *end = r;
-            return names;
+            return out;
         }
-        names.emplace_back(name, cch);
+        out.emplace_back(name.data(), cch);
     }
+}
+inline std::vector<std::string> subkeys(HKEY h, LONG* end = nullptr) {
+    return names(h, false, end);
+}
+inline std::vector<std::string> valueNames(HKEY h, LONG* end = nullptr) {
+    return names(h, true, end);
 }
 
-inline std::vector<std::string> valueNames(HKEY h, LONG* end = nullptr) {
-    std::vector<std::string> names;
-    for (DWORD i = 0;; ++i) {
-        std::vector<char> name(ZOL_MAX_VALUE_NAME + 1);
-        DWORD cch = static_cast<DWORD>(name.size());
-        LONG r = RegEnumValue(h, i, name.data(), &cch, nullptr, nullptr, nullptr, nullptr);
-        if (r != ERROR_SUCCESS) {
-            if (end != nullptr)
-                *end = r;
-            return names;
-        }
-        names.emplace_back(name.data(), cch);
-    }
-}
+using Names = std::vector<std::string>;
 
 // A fresh product root whose ZolDir this process points at, with a new empty store.
 class RegistryTest : public ::testing::Test {
