@@ -1,5 +1,6 @@
-// A test program, not part of the product: sets up the screen as the program does, runs one
-// toolkit operation named on the command line, and prints its outcome after newt has finished.
+// A test program, not part of the product: sets up the screen as the program does, runs the
+// toolkit operations named on the command line in turn, and prints their outcomes after newt has
+// finished.
 #include <newt.h>
 #include <zolwin.h>
 
@@ -209,17 +210,21 @@ const std::map<std::string, std::function<std::string()>> kScenarios = {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2 || !kScenarios.count(argv[1])) {
-        std::fprintf(stderr, "usage: toolkit_demo <scenario>\n");
-        return 2;
+    for (int i = 1; i < argc; ++i) {
+        if (!kScenarios.count(argv[i])) {
+            std::fprintf(stderr, "usage: toolkit_demo <scenario>...\n");
+            return 2;
+        }
     }
     std::setlocale(LC_ALL, "");
     zolui::SetJapaneseText(GetSystemDefaultLangID() == 1041);
     std::string outcome;
     {
         zolui::Screen screen;
-        outcome = kScenarios.at(argv[1])();
+        for (int i = 1; i < argc; ++i) {
+            outcome += kScenarios.at(argv[i])() + "\n";
+        }
     }
-    std::printf("%s\n", outcome.c_str());
+    std::printf("%s", outcome.c_str());
     return 0;
 }
