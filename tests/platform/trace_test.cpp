@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -29,33 +29,27 @@ struct TraceLine {
 
 // Splits "YYYY-MM-DD hh:mm:ss.mmm [pid] Llevel where text"; nullopt for any other shape.
 std::vector<std::optional<TraceLine>> readTrace(const fs::path& file) {
+    static const std::regex head(
+        R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[(\d+)\] L(\S+) (\S+) )");
     std::vector<std::optional<TraceLine>> out;
     std::istringstream in(zoltest::readFile(file));
     for (std::string line; std::getline(in, line);) {
-        const std::string stamp = "dddd-dd-dd dd:dd:dd.ddd [";
-        bool ok = line.size() > stamp.size();
-        for (size_t i = 0; ok && i < stamp.size(); ++i) {
-            ok = stamp[i] == 'd' ? std::isdigit(static_cast<unsigned char>(line[i])) != 0
-                                 : line[i] == stamp[i];
-        }
-        const auto pidEnd = line.find("] L", stamp.size());
-        const auto levelEnd = line.find(' ', pidEnd + 3);
-        const auto whereEnd = line.find(' ', levelEnd + 1);
-        if (!ok || whereEnd == std::string::npos) {
+        std::smatch m;
+        if (std::regex_search(line, m, head, std::regex_constants::match_continuous))
+            out.push_back(TraceLine{m[1], m[2], m[3], line.substr(m.length(0))});
+        else
             out.emplace_back();
-            continue;
-        }
-        out.push_back(TraceLine{line.substr(stamp.size(), pidEnd - stamp.size()),
-                                line.substr(pidEnd + 3, levelEnd - pidEnd - 3),
-                                line.substr(levelEnd + 1, whereEnd - levelEnd - 1),
-                                line.substr(whereEnd + 1)});
     }
     return out;
 }
 
-TEST(TraceLog, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
-    zoltest::ProductRoot root(false);
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+class TraceFile : public ::testing::Test {
+  protected:
+    zoltest::ProductRoot root{false};
+    zoltest::ScopedEnv zolDir{"ZolDir", root.path().string()};
+};
+
+TEST_F(TraceFile, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
     EXPECT_EQ(TraceLogInit(0, "tracefmt", 0, TRACE_LEVEL_FAILURE, 0), 0);
     const int line = __LINE__ + 1;
     ZOL_TRACE(TRACE_LEVEL_ERROR, "<return %d.", 1);
@@ -67,23 +61,22 @@ TEST(TraceLog, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
     const std::string longText = "BEGIN" + std::string(10000, 'y');
     TraceLog(TRACE_LEVEL_ERROR, "f.cpp", "fn", 1, "%s", longText.c_str());
 
+    const std::string all = zoltest::readFile(root.traceFile("tracefmt"));
     const auto got = readTrace(root.traceFile("tracefmt"));
-    ASSERT_EQ(got.size(), 5u) << zoltest::readFile(root.traceFile("tracefmt")).substr(0, 2000);
+    ASSERT_EQ(got.size(), 5u) << all.substr(0, 2000);
+    std::vector<std::string> fields;
     for (const auto& t : got) {
         ASSERT_TRUE(t);
         EXPECT_EQ(t->pid, std::to_string(getpid()));
+        fields.push_back(t->level + " " + t->where + " " + t->text.substr(0, 30));
     }
-    EXPECT_EQ(got[0]->level + " " + got[0]->where + " " + got[0]->text,
-              "1 trace_test.cpp:TestBody:" + std::to_string(line) + " <return 1.");
-    EXPECT_EQ(got[1]->level + " " + got[1]->where + " " + got[1]->text,
-              "0 menu.cpp:EditParameter:123 > [IN] hLibRPTSET=7");
-    // Line breaks in the text are shown, not written.
-    EXPECT_EQ(got[2]->where + " " + got[2]->text, "menu.cpp:Split:7 first\\nsecond\\r\\nthird\\n");
-    EXPECT_EQ(got[3]->where + "|" + got[3]->text, "?:?:0|");
-    // A long text is cut to the line limit and marked, not dropped.
-    EXPECT_TRUE(got[4]->text.starts_with("BEGINyyy"));
+    // Line breaks in the text are shown, not written; a long text is cut and marked.
+    EXPECT_EQ(fields, (std::vector<std::string>{
+                          "1 trace_test.cpp:TestBody:" + std::to_string(line) + " <return 1.",
+                          "0 menu.cpp:EditParameter:123 > [IN] hLibRPTSET=7",
+                          "2 menu.cpp:Split:7 first\\nsecond\\r\\nthird\\n", "2 ?:?:0 ",
+                          "1 f.cpp:fn:1 BEGIN" + std::string(25, 'y')}));
     EXPECT_TRUE(got[4]->text.ends_with("[...]"));
-    const std::string all = zoltest::readFile(root.traceFile("tracefmt"));
     const size_t lastLength = all.size() - all.rfind('\n', all.size() - 2) - 1;  // with its '\n'
     EXPECT_LE(lastLength, 4096u);
     EXPECT_GT(lastLength, 4000u);
@@ -93,9 +86,7 @@ TEST(TraceLog, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
     EXPECT_EQ(readTrace(root.traceFile("tracefmt")).size(), 5u);
 }
 
-TEST(TraceLog, WithoutInitOrLogFolderLinesAreDroppedQuietly) {
-    zoltest::ProductRoot root(false);
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+TEST_F(TraceFile, WithoutInitOrLogFolderLinesAreDroppedQuietly) {
     auto r = zoltest::run({PLATFORM_HELPER, "trace-noinit"}, root.env());
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_TRUE(fs::is_empty(root.path() / "log"));
@@ -119,9 +110,7 @@ TEST(TraceLog, WithoutInitOrLogFolderLinesAreDroppedQuietly) {
     EXPECT_EQ(got[0]->text, "back");
 }
 
-TEST(TraceLog, ConcurrentProcessesWriteWholeLines) {
-    zoltest::ProductRoot root(false);
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+TEST_F(TraceFile, ConcurrentProcessesWriteWholeLines) {
     constexpr int kProcesses = 4, kLines = 300, kLength = 1500;
     std::vector<std::unique_ptr<platformtest::ChildProcess>> children;
     for (int i = 0; i < kProcesses; ++i) {
@@ -130,7 +119,6 @@ TEST(TraceLog, ConcurrentProcessesWriteWholeLines) {
     }
     for (auto& child : children)
         ASSERT_EQ(child->wait(), 0);
-
     std::map<std::string, int> perPid;
     for (const auto& t : readTrace(root.traceFile("shared"))) {
         ASSERT_TRUE(t);
