@@ -1,6 +1,7 @@
 // Helpers of the program-frame tests (see frame_test_util.h).
 #include "frame_test_util.h"
 
+#include <regex>
 #include <sstream>
 
 #include "frame/msgfile.h"
@@ -20,12 +21,10 @@ std::string messageText(const zoltest::ProductRoot& root, const std::string& fil
 
 std::map<std::string, std::optional<std::string>> runEnv(const zoltest::ProductRoot& root,
                                                          bool japanese) {
-    std::map<std::string, std::optional<std::string>> env;
-    for (const auto& [name, value] : root.env())
-        env[name] = value;
+    const auto base = root.env();
+    std::map<std::string, std::optional<std::string>> env(base.begin(), base.end());
     env["LANG"] = japanese ? "ja_JP.UTF-8" : "C.UTF-8";
-    env["LC_ALL"] = std::nullopt;
-    env["LC_MESSAGES"] = std::nullopt;
+    env["LC_ALL"] = env["LC_MESSAGES"] = std::nullopt;
     return env;
 }
 
@@ -52,26 +51,14 @@ void closeMenu(zoltest::Terminal& t) {
 }
 
 std::vector<TraceEntry> readTrace(const zoltest::ProductRoot& root) {
+    // "<date> <time> [pid] L<level> <file>:<function>:<line> <text>"
+    static const std::regex line(R"(\] L(\d+) [^: ]*:([^: ]*):\d+ (.*))");
     std::vector<TraceEntry> entries;
     std::istringstream in(zoltest::readFile(root.traceFile("ZOLamsadm")));
-    // "<date> <time> [pid] L<level> <file>:<function>:<line> <text>"
-    for (std::string line; std::getline(in, line);) {
-        const auto levelAt = line.find("] L");
-        if (levelAt == std::string::npos)
-            continue;
-        const auto whereAt = line.find(' ', levelAt + 3);
-        const auto textAt = whereAt == std::string::npos ? whereAt : line.find(' ', whereAt + 1);
-        if (textAt == std::string::npos)
-            continue;
-        TraceEntry e;
-        e.level = std::stoi(line.substr(levelAt + 3, whereAt - levelAt - 3));
-        const std::string where = line.substr(whereAt + 1, textAt - whereAt - 1);
-        const auto c1 = where.find(':');
-        const auto c2 = where.rfind(':');
-        if (c1 != std::string::npos && c2 > c1)
-            e.function = where.substr(c1 + 1, c2 - c1 - 1);
-        e.text = line.substr(textAt + 1);
-        entries.push_back(std::move(e));
+    std::smatch m;
+    for (std::string s; std::getline(in, s);) {
+        if (std::regex_search(s, m, line))
+            entries.push_back({std::stoi(m[1]), m[2], m[3]});
     }
     return entries;
 }
@@ -79,9 +66,8 @@ std::vector<TraceEntry> readTrace(const zoltest::ProductRoot& root) {
 int traceCount(const zoltest::ProductRoot& root, int level, const std::string& text,
                const std::string& function) {
     int n = 0;
-    for (const TraceEntry& e : readTrace(root)) {
+    for (const TraceEntry& e : readTrace(root))
         n += e.level == level && e.text == text && (function.empty() || e.function == function);
-    }
     return n;
 }
 
@@ -94,11 +80,6 @@ void zolreg(const zoltest::ProductRoot& root, const std::vector<std::string>& ar
     argv.insert(argv.end(), args.begin(), args.end());
     const zoltest::RunResult r = zoltest::run(argv, root.env());
     ASSERT_EQ(r.status, 0) << "zolreg failed: " << r.err;
-}
-
-void setVantrelInstalled(const zoltest::ProductRoot& root, bool installed) {
-    zolreg(root, {"add", "HKLM\\SOFTWARE\\Tavik\\VNTService\\SETUP", "/v", "Installed", "/t",
-                  "REG_DWORD", "/d", installed ? "1" : "0", "/f"});
 }
 
 }  // namespace frametest

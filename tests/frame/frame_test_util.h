@@ -4,10 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,8 +13,7 @@
 
 namespace frametest {
 
-// The value of `id` in the root's data/<file> as the terminal shows it (UTF-8), read with the
-// program's own lookup.
+// The value of `id` in the root's data/<file> as the terminal shows it (UTF-8).
 std::string messageText(const zoltest::ProductRoot& root, const std::string& file, const char* id);
 inline std::string english(const zoltest::ProductRoot& root, const char* id) {
     return messageText(root, "E_report.rc", id);
@@ -31,32 +27,23 @@ std::map<std::string, std::optional<std::string>> runEnv(const zoltest::ProductR
 std::unique_ptr<zoltest::Terminal> start(const zoltest::ProductRoot& root,
                                          const std::vector<std::string>& args = {},
                                          bool japanese = false);
-
-// Starts the program and waits for the main menu (its first row). Fails the test when it does
-// not appear.
+// The same, waiting for the main menu's first row.
 std::unique_ptr<zoltest::Terminal> startMenu(const zoltest::ProductRoot& root,
                                              const std::vector<std::string>& args = {});
-
 // Ends the menu with its hot key Ctrl-O and expects the normal exit status 1.
 void closeMenu(zoltest::Terminal& t);
 
 struct TraceEntry {
     int level = -1;
-    std::string function;
-    std::string text;
+    std::string function, text;
 };
 std::vector<TraceEntry> readTrace(const zoltest::ProductRoot& root);
-// How many trace lines of ZOLamsadm have exactly this level and text (and come from `function`
-// when one is given).
+// How many trace lines have exactly this level and text (and come from `function` if given).
 int traceCount(const zoltest::ProductRoot& root, int level, const std::string& text,
                const std::string& function = {});
-// The trace for failure messages.
 std::string traceDump(const zoltest::ProductRoot& root);
 
 // Runs bin/zolreg in the root and expects success.
 void zolreg(const zoltest::ProductRoot& root, const std::vector<std::string>& args);
-
-// Sets the store's flag of the remote report service package (1 = installed).
-void setVantrelInstalled(const zoltest::ProductRoot& root, bool installed);
 
 }  // namespace frametest

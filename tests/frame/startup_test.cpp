@@ -23,14 +23,13 @@ zoltest::RunResult runProgram(const ProductRoot& root, bool japanese = false) {
 }  // namespace
 
 TEST(FrameStartup, OnlyTheSingleExactDashAIsAdministratorMode) {
-    const char* admin[] = {"ZOLamsadm", "-A"};
-    EXPECT_TRUE(IsAdministratorCommandLine(2, admin));
     const std::vector<std::vector<const char*>> others = {
-        {"ZOLamsadm"},      {"ZOLamsadm", "-a"},       {"ZOLamsadm", "-AB"}, {"ZOLamsadm", "A"},
-        {"ZOLamsadm", "-"}, {"ZOLamsadm", "-A", "-A"}, {"ZOLamsadm", ""},    {"ZOLamsadm", " -A"},
-    };
+        {"ZOLamsadm"},      {"ZOLamsadm", "-a"},  {"ZOLamsadm", "-AB"},
+        {"ZOLamsadm", "A"}, {"ZOLamsadm", "-"},   {"ZOLamsadm", "-A", "-A"},
+        {"ZOLamsadm", ""},  {"ZOLamsadm", " -A"}, {"ZOLamsadm", "-A"}};
     for (const auto& argv : others) {
-        EXPECT_FALSE(IsAdministratorCommandLine(static_cast<int>(argv.size()), argv.data()))
+        EXPECT_EQ(IsAdministratorCommandLine(static_cast<int>(argv.size()), argv.data()),
+                  argv.size() == 2 && argv[1] == std::string("-A"))
             << argv.size() << " arguments, last " << argv.back();
     }
 }
@@ -44,23 +43,27 @@ TEST(FrameStartup, MessageFormatsNeverReadMissingArguments) {
     EXPECT_STREQ(FormatTextInto(cut, sizeof cut, "%s!", {"abcdefghij"}), "abcdefg");
 }
 
+// Each case runs in the same root: the trace counts grow by one run at a time.
 TEST(FrameStartup, AdministratorModeIsTracedForEachCommandLine) {
     const std::vector<std::pair<std::vector<std::string>, int>> cases = {
-        {{"-A"}, 1}, {{"-a"}, 0}, {{"-AB"}, 0}, {{"-A", "-A"}, 0}, {{}, 0}};
+        {{"-A"}, 1}, {{"-a"}, 0}, {{"-AB"}, 0}, {{"-A", "-A"}, 0}};
+    ProductRoot root;
+    int runs = 0;
     for (const auto& [args, flag] : cases) {
-        ProductRoot root;
         auto t = frametest::startMenu(root, args);
         frametest::closeMenu(*t);
-        const std::string text = "Adm_Flag= " + std::to_string(flag) + ".";
-        EXPECT_EQ(traceCount(root, 3, text), 1) << args.size() << " args\n" << traceDump(root);
-        EXPECT_EQ(traceCount(root, 3, "rc file=/data/E_report.rc"), 1) << traceDump(root);
-        EXPECT_EQ(traceCount(root, 0, "<return 1.", "main"), 1) << traceDump(root);
+        ++runs;
+        EXPECT_EQ(traceCount(root, 3, "Adm_Flag= 1."), 1) << args.size() << " args\n"
+                                                          << traceDump(root);
+        EXPECT_EQ(traceCount(root, 3, "Adm_Flag= 0."), runs - 1) << traceDump(root);
+        EXPECT_EQ(traceCount(root, 3, "rc file=/data/E_report.rc"), runs) << traceDump(root);
+        EXPECT_EQ(traceCount(root, 0, "<return 1.", "main"), runs) << traceDump(root);
     }
 }
 
 TEST(FrameStartup, MissingMessageFileEndsWithStatusZero) {
+    ProductRoot root;
     for (const bool japanese : {false, true}) {
-        ProductRoot root;
         const std::string rc = japanese ? "/data/J_report.rc" : "/data/E_report.rc";
         fs::remove(root.path().string() + rc);
         const zoltest::RunResult r = runProgram(root, japanese);
@@ -68,48 +71,54 @@ TEST(FrameStartup, MissingMessageFileEndsWithStatusZero) {
         EXPECT_EQ(traceCount(root, 3, "rc file=" + rc), 1) << traceDump(root);
         EXPECT_EQ(traceCount(root, 1, "<Open Str File:" + rc + " failed.return 0."), 1)
             << traceDump(root);
-        EXPECT_EQ(traceCount(root, 1, "<NT server is not running!exit(0)."), 0);
     }
+    EXPECT_EQ(traceCount(root, 1, "<NT server is not running!exit(0)."), 0);
 }
 
+// One root, damaged further before each run: the key missing, garbage, no file at all.
 TEST(FrameStartup, StoreNotReadyExitsWithStatusZeroAndAMessage) {
     const std::vector<std::function<void(const ProductRoot&)>> breakStore = {
-        [](const ProductRoot& root) { fs::remove(root.store()); },
+        [](const ProductRoot& root) {
+            frametest::zolreg(root, {"delete", "HKLM\\SOFTWARE\\Tavik\\ZolAlertMan", "/f"});
+        },
         [](const ProductRoot& root) {
             fs::remove(root.store().string() + "-wal");
             fs::remove(root.store().string() + "-shm");
             zoltest::writeFile(root.store(), std::string(8192, 'x'));
         },
-        [](const ProductRoot& root) {
-            frametest::zolreg(root, {"delete", "HKLM\\SOFTWARE\\Tavik\\ZolAlertMan", "/f"});
-        },
+        [](const ProductRoot& root) { fs::remove(root.store()); },
     };
+    ProductRoot root;
     for (std::size_t i = 0; i < breakStore.size(); ++i) {
-        ProductRoot root;
         breakStore[i](root);
         const zoltest::RunResult r = runProgram(root);
         EXPECT_EQ(r.status, 0) << "case " << i << r.err;
         EXPECT_EQ(r.out, "Please confirm ZOLntserver is running!\n") << "case " << i;
-        EXPECT_EQ(traceCount(root, 1, "<NT server is not running!exit(0)."), 1) << traceDump(root);
-        EXPECT_EQ(traceCount(root, 0, "<return 1.", "main"), 0) << traceDump(root);
+        EXPECT_EQ(traceCount(root, 1, "<NT server is not running!exit(0)."), int(i) + 1)
+            << traceDump(root);
     }
+    EXPECT_EQ(traceCount(root, 0, "<return 1.", "main"), 0) << traceDump(root);
 }
 
+// rptset.dll missing first, then dscopy.dll too: without dscopy.dll the report-settings library
+// is never tried.
 TEST(FrameStartup, MissingStartupLibraryEndsWithStatusZero) {
-    const std::vector<std::pair<std::string, std::string>> cases = {
-        {"dscopy.dll", "<LoadDscopyDLL() failed!return 0."},
-        {"rptset.dll", "<LoadRptsetDLL() failed!return 0."}};
-    for (const auto& [library, trace] : cases) {
-        ProductRoot root;
-        ASSERT_TRUE(fs::remove(root.path() / "lib" / library));
+    ProductRoot root;
+    int rptsetLines = 0;
+    for (const std::string library : {"rptset", "dscopy"}) {
+        ASSERT_TRUE(fs::remove(root.path() / "lib" / (library + ".dll")));
         const zoltest::RunResult r = runProgram(root);
         EXPECT_EQ(r.status, 0) << library << r.out << r.err;
+        const std::string trace = library == "rptset" ? "<LoadRptsetDLL() failed!return 0."
+                                                      : "<LoadDscopyDLL() failed!return 0.";
         EXPECT_EQ(traceCount(root, 1, trace), 1) << traceDump(root);
-        EXPECT_EQ(traceCount(root, 0, "<return 1.", "main"), 0) << traceDump(root);
-        // Without dscopy.dll the report-settings library is never tried.
-        int rptsetLines = 0;
+        int lines = 0;
         for (const auto& e : frametest::readTrace(root))
-            rptsetLines += e.function == "LoadRptsetDLL";
-        EXPECT_EQ(rptsetLines > 0, library == "rptset.dll") << traceDump(root);
+            lines += e.function == "LoadRptsetDLL";
+        if (library == "rptset")
+            EXPECT_GT(rptsetLines = lines, 0) << traceDump(root);
+        else
+            EXPECT_EQ(lines, rptsetLines) << traceDump(root);
     }
+    EXPECT_EQ(traceCount(root, 0, "<return 1.", "main"), 0) << traceDump(root);
 }
