@@ -34,11 +34,13 @@ fs::path makeTempDir() {
 struct Pipe {
     int fd[2] = {-1, -1};
     Pipe() {
-        if (pipe2(fd, O_CLOEXEC) != 0) throw std::runtime_error("pipe failed");
+        if (pipe2(fd, O_CLOEXEC) != 0)
+            throw std::runtime_error("pipe failed");
     }
     ~Pipe() { closeBoth(); }
     void closeEnd(int i) {
-        if (fd[i] >= 0) close(fd[i]);
+        if (fd[i] >= 0)
+            close(fd[i]);
         fd[i] = -1;
     }
     void closeBoth() {
@@ -68,10 +70,12 @@ ProductRoot::ProductRoot(bool initStore) : root_(makeTempDir()) {
 
 ProductRoot::~ProductRoot() {
     std::error_code ec;
-    if (std::getenv("ZOLTEST_KEEP") == nullptr) fs::remove_all(root_, ec);
+    if (std::getenv("ZOLTEST_KEEP") == nullptr)
+        fs::remove_all(root_, ec);
 }
 
-std::map<std::string, std::string> ProductRoot::env(std::map<std::string, std::string> extra) const {
+std::map<std::string, std::string> ProductRoot::env(
+    std::map<std::string, std::string> extra) const {
     extra.emplace("ZolDir", root_.string());
     return extra;
 }
@@ -79,14 +83,16 @@ std::map<std::string, std::string> ProductRoot::env(std::map<std::string, std::s
 RunResult run(const std::vector<std::string>& argv,
               const std::map<std::string, std::optional<std::string>>& env,
               const std::string& input) {
-    if (argv.empty()) throw std::invalid_argument("run: empty argv");
+    if (argv.empty())
+        throw std::invalid_argument("run: empty argv");
 
     // Everything the child needs is built before fork: only async-signal-safe calls follow it.
     std::map<std::string, std::string> merged;
     for (char** e = environ; *e != nullptr; ++e) {
         std::string_view kv(*e);
         auto eq = kv.find('=');
-        if (eq != std::string_view::npos) merged[std::string(kv.substr(0, eq))] = kv.substr(eq + 1);
+        if (eq != std::string_view::npos)
+            merged[std::string(kv.substr(0, eq))] = kv.substr(eq + 1);
     }
     for (const auto& [name, value] : env) {
         if (value) {
@@ -96,18 +102,22 @@ RunResult run(const std::vector<std::string>& argv,
         }
     }
     std::vector<std::string> envStrings;
-    for (const auto& [name, value] : merged) envStrings.push_back(name + "=" + value);
+    for (const auto& [name, value] : merged)
+        envStrings.push_back(name + "=" + value);
     std::vector<char*> envp;
-    for (auto& s : envStrings) envp.push_back(s.data());
+    for (auto& s : envStrings)
+        envp.push_back(s.data());
     envp.push_back(nullptr);
     std::vector<std::string> args = argv;
     std::vector<char*> argp;
-    for (auto& a : args) argp.push_back(a.data());
+    for (auto& a : args)
+        argp.push_back(a.data());
     argp.push_back(nullptr);
 
     Pipe in, out, err;
     pid_t pid = fork();
-    if (pid < 0) throw std::runtime_error("fork failed");
+    if (pid < 0)
+        throw std::runtime_error("fork failed");
     if (pid == 0) {
         dup2(in.fd[0], 0);
         dup2(out.fd[1], 1);
@@ -124,21 +134,27 @@ RunResult run(const std::vector<std::string>& argv,
 
     RunResult result;
     size_t written = 0;
-    if (input.empty()) in.closeEnd(1);
+    if (input.empty())
+        in.closeEnd(1);
     while (out.fd[0] >= 0 || err.fd[0] >= 0) {
         std::array<pollfd, 3> fds{};
         nfds_t n = 0;
         int outIdx = -1, errIdx = -1, inIdx = -1;
-        if (out.fd[0] >= 0) fds[outIdx = n++] = {out.fd[0], POLLIN, 0};
-        if (err.fd[0] >= 0) fds[errIdx = n++] = {err.fd[0], POLLIN, 0};
-        if (in.fd[1] >= 0) fds[inIdx = n++] = {in.fd[1], POLLOUT, 0};
+        if (out.fd[0] >= 0)
+            fds[outIdx = n++] = {out.fd[0], POLLIN, 0};
+        if (err.fd[0] >= 0)
+            fds[errIdx = n++] = {err.fd[0], POLLIN, 0};
+        if (in.fd[1] >= 0)
+            fds[inIdx = n++] = {in.fd[1], POLLOUT, 0};
         if (poll(fds.data(), n, -1) < 0) {
-            if (errno == EINTR) continue;
+            if (errno == EINTR)
+                continue;
             break;
         }
         char buf[4096];
         auto drain = [&](int idx, Pipe& p, std::string& sink) {
-            if (idx < 0 || fds[idx].revents == 0) return;
+            if (idx < 0 || fds[idx].revents == 0)
+                return;
             ssize_t got = read(p.fd[0], buf, sizeof buf);
             if (got > 0) {
                 sink.append(buf, static_cast<size_t>(got));
@@ -150,8 +166,10 @@ RunResult run(const std::vector<std::string>& argv,
         drain(errIdx, err, result.err);
         if (inIdx >= 0 && fds[inIdx].revents != 0) {
             ssize_t put = write(in.fd[1], input.data() + written, input.size() - written);
-            if (put > 0) written += static_cast<size_t>(put);
-            if (put < 0 || written == input.size()) in.closeEnd(1);
+            if (put > 0)
+                written += static_cast<size_t>(put);
+            if (put < 0 || written == input.size())
+                in.closeEnd(1);
         }
     }
     in.closeEnd(1);
@@ -169,7 +187,8 @@ RunResult run(const std::vector<std::string>& argv, const std::map<std::string, 
 }
 
 ScopedEnv::ScopedEnv(std::string name, std::optional<std::string> value) : name_(std::move(name)) {
-    if (const char* old = std::getenv(name_.c_str())) old_ = old;
+    if (const char* old = std::getenv(name_.c_str()))
+        old_ = old;
     if (value) {
         setenv(name_.c_str(), value->c_str(), 1);
     } else {
@@ -195,7 +214,8 @@ std::string readFile(const fs::path& file) {
 void writeFile(const fs::path& file, const std::string& text) {
     std::ofstream out(file, std::ios::binary | std::ios::trunc);
     out << text;
-    if (!out) throw std::runtime_error("cannot write " + file.string());
+    if (!out)
+        throw std::runtime_error("cannot write " + file.string());
 }
 
 }  // namespace zoltest

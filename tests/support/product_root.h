@@ -13,7 +13,7 @@ namespace zoltest {
 // A temporary copy of the staged product root (bin/, lib/, data/, log/). With initStore, the
 // store is created from data/default.reg by "zolreg init", as on a new installation.
 class ProductRoot {
-public:
+  public:
     explicit ProductRoot(bool initStore = true);
     ~ProductRoot();
     ProductRoot(const ProductRoot&) = delete;
@@ -28,14 +28,14 @@ public:
     // Environment for a child process of this root: ZolDir set, plus the given overrides.
     std::map<std::string, std::string> env(std::map<std::string, std::string> extra = {}) const;
 
-private:
+  private:
     std::filesystem::path root_;
 };
 
 struct RunResult {
-    int status = -1;       // exit status, or 128 + signal number when killed by a signal
-    std::string out;       // standard output
-    std::string err;       // standard error
+    int status = -1;  // exit status, or 128 + signal number when killed by a signal
+    std::string out;  // standard output
+    std::string err;  // standard error
 };
 
 // Runs argv[0] (a path) with the current environment plus `env` (a value of std::nullopt
@@ -48,13 +48,13 @@ RunResult run(const std::vector<std::string>& argv, const std::map<std::string, 
 
 // Sets (or with std::nullopt unsets) an environment variable of this process for one scope.
 class ScopedEnv {
-public:
+  public:
     ScopedEnv(std::string name, std::optional<std::string> value);
     ~ScopedEnv();
     ScopedEnv(const ScopedEnv&) = delete;
     ScopedEnv& operator=(const ScopedEnv&) = delete;
 
-private:
+  private:
     std::string name_;
     std::optional<std::string> old_;
 };
