@@ -30,16 +30,6 @@ std::string askEntry(const char* prompt) {
     return zolui::entryText(field);
 }
 
-std::string hex(const std::string& bytes) {
-    std::string out;
-    char buf[3];
-    for (unsigned char c : bytes) {
-        std::snprintf(buf, sizeof buf, "%02X", c);
-        out += buf;
-    }
-    return out;
-}
-
 std::string choose(bool ex, const char* text) {
     newtComponent buttons[2] = {zolui::button(-1, -1, " Yes "), zolui::button(-1, -1, " No ")};
     const newtComponent yes = buttons[0];
@@ -192,7 +182,6 @@ const std::map<std::string, std::function<std::string()>> kScenarios = {
          return std::string("msgex closed");
      }},
     {"select", [] { return choose(false, "Pick one"); }},
-    {"select-null", [] { return choose(false, nullptr); }},
     {"selectex", [] { return choose(true, longText().c_str()); }},
     {"check", [] { return rangeEnable(false); }},
     {"checkboxes", [] { return rangeEnable(true); }},
@@ -203,7 +192,12 @@ const std::map<std::string, std::function<std::string()>> kScenarios = {
     {"japanese",
      [] {
          msgWindow(kJapaneseTitle, " OK ", kJapaneseText);
-         return "entry=" + hex(askEntry(kJapaneseText));
+         std::string hex = "entry=";
+         for (unsigned char c : askEntry(kJapaneseText)) {
+             hex += "0123456789ABCDEF"[c >> 4];
+             hex += "0123456789ABCDEF"[c & 15];
+         }
+         return hex;
      }},
 };
 

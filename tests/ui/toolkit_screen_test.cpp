@@ -37,7 +37,7 @@ bool reverseIs(Terminal& t, const std::string& text) {
 }
 
 TEST(ToolkitScreen, MessageBoxAndButtonChoice) {
-    Terminal t = demo({"select", "msg", "select", "select-null"});
+    Terminal t = demo({"select", "msg", "select"});
     // The choice box closed by hot key 15 returns null.
     ASSERT_TRUE(t.waitForText("Pick one")) << t.dump();
     t.send(keys::CtrlO);
@@ -64,12 +64,7 @@ TEST(ToolkitScreen, MessageBoxAndButtonChoice) {
     ASSERT_TRUE(reverseIs(t, "No")) << t.dump();
     t.send(keys::Enter);
 
-    // No text: the box still shows both buttons under its title.
-    ASSERT_TRUE(t.waitFor([](const Terminal& s) {
-        return !s.contains("Pick one") && s.contains("Choose") && s.reverseText() == "Yes";
-    })) << t.dump();
-    t.send(keys::Enter);
-    expectOutcome(t, "result=null\r\nmsg closed; entry=zz\r\nresult=No\r\nresult=Yes\r\n");
+    expectOutcome(t, "result=null\r\nmsg closed; entry=zz\r\nresult=No\r\n");
 }
 
 TEST(ToolkitScreen, LongTextsAreWrappedInsideTheScreen) {
@@ -104,7 +99,7 @@ TEST(ToolkitScreen, LongTextsAreWrappedInsideTheScreen) {
 }
 
 TEST(ToolkitScreen, CheckboxEnablesAndDisablesItsEntriesAndCheckboxes) {
-    Terminal t = demo({"check", "checkboxes", "check"});
+    Terminal t = demo({"check", "checkboxes"});
     ASSERT_TRUE(t.waitForText("Enable")) << t.dump();
     // Unchecked: Tab skips both entries and lands on the button.
     t.send(keys::Tab);
@@ -142,19 +137,7 @@ TEST(ToolkitScreen, CheckboxEnablesAndDisablesItsEntriesAndCheckboxes) {
     ASSERT_TRUE(reverseIs(t, "Done")) << t.dump();
     t.send(keys::Enter);
 
-    // Checked and unchecked again: the entries are disabled again and keep nothing typed.
-    ASSERT_TRUE(t.waitFor([](const Terminal& s) {
-        return !s.contains("Sub two") && s.contains("[ ] Enable");
-    })) << t.dump();
-    t.send(keys::Space);
-    ASSERT_TRUE(t.waitForText("[*]")) << t.dump();
-    t.send(keys::Space);
-    ASSERT_TRUE(t.waitForText("[ ]")) << t.dump();
-    t.send(keys::Tab);
-    ASSERT_TRUE(reverseIs(t, "Done")) << t.dump();
-    t.type("9");
-    t.send(keys::Enter);
-    expectOutcome(t, "e1=12 e2=34 check=*\r\ns1=  s2=* check=*\r\ne1= e2= check= \r\n");
+    expectOutcome(t, "e1=12 e2=34 check=*\r\ns1=  s2=* check=*\r\n");
 }
 
 TEST(ToolkitScreen, FormCallbacksAndTheIpFilterCarryTheirState) {
