@@ -25,14 +25,12 @@ std::unique_ptr<char[]> Text(const std::string& text) {
     return block;
 }
 
-// A fresh product root whose data/ folder holds only what the test writes.
+// A fresh product root without J_report.rc.
 struct TempRoot {
-    TempRoot() {
-        fs::remove_all(root.path() / "data");
-        fs::create_directories(root.path() / "data");
-    }
+    TempRoot() { fs::remove(path / "data" / "J_report.rc"); }
     zoltest::ProductRoot root{false};
-    zoltest::ScopedEnv env{"ZolDir", root.path().string()};
+    const fs::path path = root.path();
+    zoltest::ScopedEnv env{"ZolDir", path.string()};
 };
 
 }  // namespace
@@ -101,7 +99,6 @@ TEST(MsgFileLookup, FindDestStrReportsAnEmptyBufferAndClearsItsResult) {
     EXPECT_STREQ(deststr, "a");
     EXPECT_EQ(CPFindDestStr(file.get(), "MISSING_ID"), 0);
     EXPECT_STREQ(deststr, "");
-
     ASSERT_EQ(CPFindDestStr(file.get(), "A_ID"), 0);
     EXPECT_EQ(CPFindDestStr(Text("").get(), "A_ID"), -1);
     EXPECT_STREQ(deststr, "");
@@ -113,7 +110,7 @@ TEST(MsgFileLookup, FindDestStrReportsAnEmptyBufferAndClearsItsResult) {
 TEST(MsgFileLookup, OpenAndLoadUnderTheProductRoot) {
     TempRoot root;
     const std::string text = "[A_ID]\ntext=\"alpha\"\n[B_ID]\ntext=\"beta\"";
-    zoltest::writeFile(root.root.path() / "data" / "E_report.rc", text);
+    zoltest::writeFile(root.path / "data" / "E_report.rc", text);
     int32_t length = -1;
     FILE* file = OpenStrFile("/data/E_report.rc", &length);
     ASSERT_NE(file, nullptr);
@@ -141,7 +138,7 @@ TEST(MsgFileLookup, OpenAndLoadUnderTheProductRoot) {
     EXPECT_EQ(ZOL_RcFileBuf, nullptr);
     FreeRcFile();  // harmless twice
 
-    zoltest::writeFile(root.root.path() / "data" / "E_report.rc", "");
+    zoltest::writeFile(root.path / "data" / "E_report.rc", "");
     ASSERT_TRUE(LoadRcFile("/data/E_report.rc"));
     ASSERT_NE(ZOL_RcFileBuf, nullptr);
     EXPECT_EQ(CPFindDestStr(ZOL_RcFileBuf, "A_ID"), -1);
@@ -153,7 +150,7 @@ TEST(MsgFileLookup, LoadFailuresWriteTheStartUpTraceLine) {
     EXPECT_FALSE(LoadRcFile("/data/J_report.rc"));
     EXPECT_EQ(ZOL_RcFileBuf, nullptr);
 
-    const fs::path trace = root.root.path() / "log" / "msgfiletest.trace";
+    const fs::path trace = root.path / "log" / "msgfiletest.trace";
     const std::string expected = "<Open Str File:/data/J_report.rc failed.return 0.";
     std::string log;
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
@@ -162,7 +159,7 @@ TEST(MsgFileLookup, LoadFailuresWriteTheStartUpTraceLine) {
         log = fs::exists(trace) ? zoltest::readFile(trace) : "";
     }
     EXPECT_NE(log.find(expected), std::string::npos) << log;
-    EXPECT_NE(log.find("<Can't open the rc file:" + root.root.path().string() +
+    EXPECT_NE(log.find("<Can't open the rc file:" + root.path.string() +
                        "/data/J_report.rc!return NULL."),
               std::string::npos)
         << log;

@@ -15,11 +15,8 @@ using zolreg::OpKind;
 using zolreg::parseRegFile;
 using zolreg::Value;
 
-std::string dword(uint32_t n) {
-    std::string d(4, '\0');
-    for (int i = 0; i < 4; ++i)
-        d[i] = static_cast<char>((n >> (8 * i)) & 0xFF);
-    return d;
+std::string dword(uint32_t n) {  // as stored on this little-endian machine
+    return std::string(reinterpret_cast<const char*>(&n), 4);
 }
 
 std::string z(std::string s) {
@@ -49,11 +46,15 @@ TEST(RegFileParse, EveryValueFormAndEscape) {
         "\"Expand\"=hex(2):25,00\n"
         "\"Euc\"=\"\xC6\xFC\xCB\xDC\"\n"
         "  \"Spaced\" = \"v\"  \n"
+        "\"Long\"=hex:00,01,\\\n"
+        "  02,03,\\\n"
+        "    04\n"
         "\"Gone\"=-\n"
+        "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Old]\n"
         "[hklm\\SOFTWARE\\\\Other\\]\n";
     zolreg::ParseResult r = parseRegFile(text);
     ASSERT_FALSE(r.error) << r.error->line << ": " << r.error->message;
-    ASSERT_EQ(r.ops.size(), 13u);
+    ASSERT_EQ(r.ops.size(), 15u);
     EXPECT_EQ(r.ops[0].kind, OpKind::CreateKey);
     EXPECT_EQ(r.ops[0].key, "SOFTWARE\\Test");
     EXPECT_EQ(r.ops[0].line, 4);
@@ -68,37 +69,20 @@ TEST(RegFileParse, EveryValueFormAndEscape) {
         {"Expand", REG_EXPAND_SZ, std::string("%\0", 2)},
         {"Euc", REG_SZ, z("\xC6\xFC\xCB\xDC")},
         {"Spaced", REG_SZ, z("v")},
+        {"Long", REG_BINARY, std::string("\0\1\2\3\4", 5)},
     };
     for (size_t i = 0; i < expected.size(); ++i) {
         EXPECT_EQ(r.ops[i + 1].kind, OpKind::SetValue) << i;
         EXPECT_EQ(r.ops[i + 1].key, "SOFTWARE\\Test") << i;
         EXPECT_EQ(r.ops[i + 1].value, expected[i]) << i;
     }
-    EXPECT_EQ(r.ops[11].kind, OpKind::DeleteValue);
-    EXPECT_EQ(r.ops[11].value.name, "Gone");
-    EXPECT_EQ(r.ops[12].kind, OpKind::CreateKey);
-    EXPECT_EQ(r.ops[12].key, "SOFTWARE\\Other");  // root case-insensitive, backslash runs
-    EXPECT_EQ(r.ops[12].line, 16);
-}
-
-TEST(RegFileParse, KeyDeletionContinuationAndCrlf) {
-    const std::string text =
-        "REGEDIT4\r\n"
-        "\r\n"
-        "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\Old]\r\n"
-        "[HKEY_LOCAL_MACHINE\\SOFTWARE\\New]\r\n"
-        "\"Long\"=hex:00,01,\\\r\n"
-        "  02,03,\\\r\n"
-        "    04\r\n"
-        "\"After\"=\"x\"\r\n";
-    zolreg::ParseResult r = parseRegFile(text);
-    ASSERT_FALSE(r.error) << r.error->line << ": " << r.error->message;
-    ASSERT_EQ(r.ops.size(), 4u);
-    EXPECT_EQ(r.ops[0].kind, OpKind::DeleteKey);
-    EXPECT_EQ(r.ops[0].key, "SOFTWARE\\Old");
-    EXPECT_EQ(r.ops[2].value.data, std::string("\0\1\2\3\4", 5));
-    EXPECT_EQ(r.ops[3].value, (Value{"After", REG_SZ, z("x")}));
-    EXPECT_EQ(r.ops[3].line, 8);  // line numbers go on after the continued lines
+    EXPECT_EQ(r.ops[12].kind, OpKind::DeleteValue);
+    EXPECT_EQ(r.ops[12].value.name, "Gone");
+    EXPECT_EQ(r.ops[12].line, 18);  // line numbers go on after the continued lines
+    EXPECT_EQ(r.ops[13].kind, OpKind::DeleteKey);
+    EXPECT_EQ(r.ops[13].key, "SOFTWARE\\Old");
+    EXPECT_EQ(r.ops[14].kind, OpKind::CreateKey);
+    EXPECT_EQ(r.ops[14].key, "SOFTWARE\\Other");  // root case-insensitive, backslash runs
 }
 
 TEST(RegFileParse, MalformedLinesNameTheirLine) {
