@@ -154,14 +154,3 @@ TEST(FrameMenu, FailuresBehindTheRows) {
     EXPECT_EQ(t->exitStatus(), 1);
     EXPECT_EQ(traceCount(root, 1, "InitialDS(hLibRPTSET) == -1"), 1) << traceDump(root);
 }
-
-TEST(FrameMenu, SuspendHandlerWaitsForAKey) {
-    zoltest::Terminal demo({SUSPEND_DEMO});
-    ASSERT_TRUE(demo.waitForText("Press a key to continue:")) << demo.dump();
-    EXPECT_FALSE(demo.contains("resumed"));
-    // The terminal is back in line mode while suspended: the key counts once Enter is pressed.
-    demo.send(keys::Enter);
-    ASSERT_TRUE(demo.waitForExit()) << demo.dump();
-    EXPECT_EQ(demo.exitStatus(), 0);
-    EXPECT_NE(demo.rawOutput().find("resumed"), std::string::npos);
-}

@@ -5,8 +5,6 @@
 #include <filesystem>
 #include <functional>
 
-#include "frame/startup.h"
-#include "frame/textformat.h"
 #include "frame_test_util.h"
 
 namespace fs = std::filesystem;
@@ -21,27 +19,6 @@ zoltest::RunResult runProgram(const ProductRoot& root, bool japanese = false) {
 }
 
 }  // namespace
-
-TEST(FrameStartup, OnlyTheSingleExactDashAIsAdministratorMode) {
-    const std::vector<std::vector<const char*>> others = {
-        {"ZOLamsadm"},      {"ZOLamsadm", "-a"},  {"ZOLamsadm", "-AB"},
-        {"ZOLamsadm", "A"}, {"ZOLamsadm", "-"},   {"ZOLamsadm", "-A", "-A"},
-        {"ZOLamsadm", ""},  {"ZOLamsadm", " -A"}, {"ZOLamsadm", "-A"}};
-    for (const auto& argv : others) {
-        EXPECT_EQ(IsAdministratorCommandLine(static_cast<int>(argv.size()), argv.data()),
-                  argv.size() == 2 && argv[1] == std::string("-A"))
-            << argv.size() << " arguments, last " << argv.back();
-    }
-}
-
-TEST(FrameStartup, MessageFormatsNeverReadMissingArguments) {
-    EXPECT_EQ(FormatText("100%% done"), "100% done");
-    EXPECT_EQ(FormatText("Call of %s failed.", {"InitialDS"}), "Call of InitialDS failed.");
-    // A damaged text asks for more than it is given: the rest stays empty or as written.
-    EXPECT_EQ(FormatText("%s and %s %d%", {"one"}), "one and  %d%");
-    char cut[8];
-    EXPECT_STREQ(FormatTextInto(cut, sizeof cut, "%s!", {"abcdefghij"}), "abcdefg");
-}
 
 // Each case runs in the same root: the trace counts grow by one run at a time.
 TEST(FrameStartup, AdministratorModeIsTracedForEachCommandLine) {

@@ -112,12 +112,6 @@ TEST(TerminalProgram, ExitStatusOptionsAndRendering) {
         EXPECT_FALSE(t.waitForText("never", 60s));
         EXPECT_LT(Clock::now() - start, 30s);
     }
-    {
-        Terminal t({"/nonexistent/program"});
-        ASSERT_TRUE(t.waitForExit()) << t.dump();
-        EXPECT_EQ(t.exitStatus(), 127);
-        EXPECT_TRUE(t.contains("cannot execute /nonexistent/program")) << t.dump();
-    }
     ScopedEnv inherited("NEWT_MONO", "1");
     TerminalOptions o = withEnv({{"FOO", "bar baz"}, {"HOME", std::nullopt}});
     o.cols = 100;

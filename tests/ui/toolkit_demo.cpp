@@ -30,12 +30,10 @@ std::string askEntry(const char* prompt) {
     return zolui::entryText(field);
 }
 
-std::string choose(bool ex, const char* text) {
+std::string choose(const char* text) {
     newtComponent buttons[2] = {zolui::button(-1, -1, " Yes "), zolui::button(-1, -1, " No ")};
-    const newtComponent yes = buttons[0];
-    const newtComponent no = buttons[1];
-    newtComponent pressed = ex ? SelectFromButtonsEx("Choose", text, buttons, 2)
-                               : SelectFromButtons("Choose", text, buttons, 2);
+    const newtComponent yes = buttons[0], no = buttons[1];
+    const newtComponent pressed = SelectFromButtons("Choose", text, buttons, 2);
     return std::string("result=") + (pressed == yes ? "Yes" : pressed == no ? "No" : "null");
 }
 
@@ -129,42 +127,6 @@ std::string ipEntry() {
     return "ip=" + zolui::entryText(field);
 }
 
-std::string longText() {
-    std::string text;
-    for (int i = 0; i < 30; ++i) {
-        text += "alpha" + std::to_string(i) + " ";
-    }
-    return text + "omega";
-}
-
-std::string smartFit() {
-    const std::string text = longText();
-    char* buf = static_cast<char*>(std::malloc(text.size() + 1));
-    std::memcpy(buf, text.c_str(), text.size() + 1);
-    int width = 0;
-    int height = 0;
-    buf = smartTextDimensions(buf, &width, &height);
-    int lines = 0;
-    for (const char* p = buf; *p; ++p) {
-        lines += *p == '\n';
-    }
-    std::free(buf);
-    return "smart width=" + std::to_string(width) + " height=" + std::to_string(height) +
-           " breaks=" + std::to_string(lines);
-}
-
-std::string properBox() {
-    zolui::Window window;
-    zolui::Form form;
-    newtComponent tb = form.add(properTextbox("%s [%d]", longText().c_str(), 42));
-    newtComponent ok = form.add(zolui::button(-1, -1, " ok "), 1);
-    zolui::Grid grid(1, 2);
-    grid.set(0, 0, tb).set(0, 1, ok, {0, 1, 0, 0});
-    window.openWrapped(grid, "Proper");
-    form.run();
-    return "proper closed";
-}
-
 // EUC-JP texts, as the message file holds them in Japanese mode.
 const char* const kJapaneseTitle = "\xB3\xCE\xC7\xA7";  // 確認
 const char* const kJapaneseText =
@@ -176,19 +138,11 @@ const std::map<std::string, std::function<std::string()>> kScenarios = {
          msgWindow("Notice", " ok ", "First line\nSecond line");
          return "msg closed; entry=" + askEntry("typed:");
      }},
-    {"msgex",
-     [] {
-         msgWindowEx("Long", " ok ", longText().c_str());
-         return std::string("msgex closed");
-     }},
-    {"select", [] { return choose(false, "Pick one"); }},
-    {"selectex", [] { return choose(true, longText().c_str()); }},
+    {"select", [] { return choose("Pick one"); }},
     {"check", [] { return rangeEnable(false); }},
     {"checkboxes", [] { return rangeEnable(true); }},
     {"callbacks", callbacks},
     {"ip", ipEntry},
-    {"smart", smartFit},
-    {"proper", properBox},
     {"japanese",
      [] {
          msgWindow(kJapaneseTitle, " OK ", kJapaneseText);

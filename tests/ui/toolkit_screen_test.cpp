@@ -67,37 +67,6 @@ TEST(ToolkitScreen, MessageBoxAndButtonChoice) {
     expectOutcome(t, "result=null\r\nmsg closed; entry=zz\r\nresult=No\r\n");
 }
 
-TEST(ToolkitScreen, LongTextsAreWrappedInsideTheScreen) {
-    Terminal t = demo({"msgex", "proper", "selectex", "smart"});
-    for (const char* last : {"omega", "[42]"}) {
-        SCOPED_TRACE(last);
-        // The whole text is visible, over several rows.
-        ASSERT_TRUE(t.waitForText(last)) << t.dump();
-        EXPECT_GE(t.findRow("omega") - t.findRow("alpha0"), 2) << t.dump();
-        for (int i = 0; i < 30; ++i) {
-            EXPECT_TRUE(t.contains("alpha" + std::to_string(i))) << i << t.dump();
-        }
-        t.send(keys::Enter);
-    }
-    // The choice box keeps its text to three wrapped rows of at most 60 columns.
-    ASSERT_TRUE(t.waitFor([](const Terminal& s) { return !s.contains("omega"); })) << t.dump();
-    ASSERT_TRUE(t.waitForText("Yes")) << t.dump();
-    const int first = t.findRow("alpha0");
-    EXPECT_EQ(t.row(first + 3).find("alpha"), std::string::npos) << t.dump();
-    for (int r = first; r < first + 3; ++r) {
-        // From the first word to the last digit on the row: the text's own width.
-        const std::string line = t.row(r);
-        const size_t from = line.find("alpha");
-        ASSERT_NE(from, std::string::npos) << r << t.dump();
-        EXPECT_LT(line.find_last_of("0123456789") - from, 60u) << r << t.dump();
-    }
-    t.send(keys::Tab);
-    t.send(keys::Enter);
-    // 80 columns: 90 % is 72, and 275 bytes need four lines at that width.
-    expectOutcome(
-        t, "msgex closed\r\nproper closed\r\nresult=No\r\nsmart width=72 height=4 breaks=3\r\n");
-}
-
 TEST(ToolkitScreen, CheckboxEnablesAndDisablesItsEntriesAndCheckboxes) {
     Terminal t = demo({"check", "checkboxes"});
     ASSERT_TRUE(t.waitForText("Enable")) << t.dump();
