@@ -27,24 +27,25 @@ const std::set<std::string> kNotMessageIds = {
 
 // Texts the program formats, with the conversions each caller passes; every other text holds
 // no conversion at all.
-const std::map<std::string, std::vector<std::string>> kFormats = {
-    {"FUNC_CALL_ERR", {"%s"}},
-    {"ERR_SHUTDOWN_ID", {"%d", "%d"}},
-    {"DEST_IDLIST_ADD2_ID", {"%s"}},
-    {"DEST_IDLIST_ADD3_ID", {"%s"}},
-    {"DEST_IDLIST_ADD4_ID", {"%s"}},
-    {"DEST_IDLIST_ADD5_ID", {"%s"}},
-    {"ERR_DEST_EXIST_ID", {"%s"}},
-    {"ERR_RINTER_ID", {"%d", "%d"}},
-    {"ERR_SCHE_RINTER_ID", {"%d", "%d"}},
-    {"IDS_MSG_PATH_LONG", {"%d"}},
-    {"IDS_ERR_LOAD_DLL", {"%s"}},
-    {"IDS_ERR_EXE_FUNC", {"%s"}},
-    {"SYSLOGDEL_CONFIRMSOURCE_ID", {"%s"}},
-    {"SYSLOGDEL_CONFIRMEVENT_ID", {"%s", "%s"}}};
+const std::map<std::string, std::string> kFormats = {
+    {"FUNC_CALL_ERR", "%s"},
+    {"ERR_SHUTDOWN_ID", "%d%d"},
+    {"DEST_IDLIST_ADD2_ID", "%s"},
+    {"DEST_IDLIST_ADD3_ID", "%s"},
+    {"DEST_IDLIST_ADD4_ID", "%s"},
+    {"DEST_IDLIST_ADD5_ID", "%s"},
+    {"ERR_DEST_EXIST_ID", "%s"},
+    {"ERR_RINTER_ID", "%d%d"},
+    {"ERR_SCHE_RINTER_ID", "%d%d"},
+    {"IDS_MSG_PATH_LONG", "%d"},
+    {"IDS_ERR_LOAD_DLL", "%s"},
+    {"IDS_ERR_EXE_FUNC", "%s"},
+    {"SYSLOGDEL_CONFIRMSOURCE_ID", "%s"},
+    {"SYSLOGDEL_CONFIRMEVENT_ID", "%s%s"},
+};
 
 // printf conversions of a text in order ("%%" is not one); a '%' that starts none is an error.
-bool Conversions(const std::string& text, std::vector<std::string>& out) {
+bool Conversions(const std::string& text, std::string& out) {
     static const std::regex conversion("%%|%[-+ #0]*[0-9]*(\\.[0-9]+)?(hh|ll|h|l|z)?[diouxXsc]|%");
     out.clear();
     for (std::sregex_iterator it(text.begin(), text.end(), conversion), end; it != end; ++it) {
@@ -52,7 +53,7 @@ bool Conversions(const std::string& text, std::vector<std::string>& out) {
             return false;
         }
         if (it->str() != "%%") {
-            out.push_back(it->str());
+            out += it->str();
         }
     }
     return true;
@@ -155,15 +156,15 @@ TEST(MsgFileChecks, SourceScanAndPlaceholderReading) {
     // The program's own sources name message IDs (the main menu's labels at least).
     EXPECT_GT(FetchedIds().size(), 5u);
 
-    std::vector<std::string> found;
+    std::string found;
     ASSERT_TRUE(Conversions("%s at %-5.2ld%% of %d", found));
-    EXPECT_EQ(found, (std::vector<std::string>{"%s", "%-5.2ld", "%d"}));
+    EXPECT_EQ(found, "%s%-5.2ld%d");
     for (const char* bad : {"50%.", "ends in %", "%.x", "%y"}) {
         EXPECT_FALSE(Conversions(bad, found)) << bad;
     }
     // printf reads a lone '%' before a blank and a letter as a conversion, and so does the check.
     ASSERT_TRUE(Conversions("100% sure", found));
-    EXPECT_EQ(found, (std::vector<std::string>{"% s"}));
+    EXPECT_EQ(found, "% s");
 }
 
 TEST(MsgFileChecks, BothFilesDefineTheFetchedIdsWithTheCallersPlaceholders) {
@@ -184,11 +185,10 @@ TEST(MsgFileChecks, BothFilesDefineTheFetchedIdsWithTheCallersPlaceholders) {
         const auto* other = file == &english ? &japanese : &english;
         for (const auto& [id, value] : *file) {
             EXPECT_EQ(other->count(id), 1u) << id << " is in one file only";
-            std::vector<std::string> found;
+            std::string found;
             EXPECT_TRUE(Conversions(value, found)) << id << ": stray '%' in " << value;
             const auto expected = kFormats.find(id);
-            EXPECT_EQ(found,
-                      expected == kFormats.end() ? std::vector<std::string>{} : expected->second)
+            EXPECT_EQ(found, expected == kFormats.end() ? std::string() : expected->second)
                 << id << ": " << value;
         }
     }

@@ -1,4 +1,4 @@
-// Key paths, type names, /d data and query text in reg.exe's forms.
+// Type names, /d data and query text of odd data in reg.exe's forms.
 #include <gtest/gtest.h>
 #include <zolwin.h>
 
@@ -7,16 +7,6 @@
 namespace {
 
 using namespace zolreg;
-
-TEST(RegText, KeyPaths) {
-    EXPECT_EQ(subKeyOf("HKLM\\SOFTWARE\\Tavik"), "SOFTWARE\\Tavik");
-    EXPECT_EQ(subKeyOf("hkey_local_machine\\SOFTWARE\\\\Tavik\\"), "SOFTWARE\\Tavik");
-    EXPECT_EQ(subKeyOf("HkLm"), "");
-    EXPECT_EQ(subKeyOf("HKLM\\"), "");
-    EXPECT_FALSE(subKeyOf("HKCU\\SOFTWARE"));
-    EXPECT_FALSE(subKeyOf("HKLMX\\SOFTWARE"));
-    EXPECT_FALSE(subKeyOf("SOFTWARE\\Tavik"));
-}
 
 TEST(RegText, TypesAndCommandLineData) {
     EXPECT_EQ(typeFromName("reg_dword"), REG_DWORD);
