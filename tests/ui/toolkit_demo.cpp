@@ -78,40 +78,6 @@ std::string rangeEnable(bool governsCheckboxes) {
     return outcome;
 }
 
-// Typed callbacks and filters through the form's trampolines.
-std::string callbacks() {
-    int toggles = 0;
-    std::string outcome;
-    zolui::Window window;
-    zolui::Form form;
-    newtComponent box = form.add(zolui::checkbox(-1, -1, "Toggle me"));
-    newtComponent count = form.add(zolui::label(-1, -1, "toggles=0 "));
-    newtComponent field = form.add(zolui::entry(-1, -1, "", 10));
-    newtComponent ok = form.add(zolui::button(-1, -1, "Done"), 1);
-    form.addHotKey(NEWT_KEY_F2, 2);
-    form.onActivate(box, [&] {
-        ++toggles;
-        zolui::setLabelText(count, "toggles=" + std::to_string(toggles));
-    });
-    form.setFilter(field, [](int ch, int) { return ch >= 'a' && ch <= 'z' ? ch - 'a' + 'A' : ch; });
-    zolui::Grid grid(1, 4);
-    grid.set(0, 0, box).set(0, 1, count).set(0, 2, field).set(0, 3, ok);
-    window.openWrapped(grid, "Callbacks");
-    int hotKeyId = 0;
-    for (;;) {
-        const zolui::RunResult r = form.run();
-        if (r.reason == zolui::RunResult::Reason::HotKey) {
-            hotKeyId = r.id;
-            continue;
-        }
-        if (r.isComponent(1)) {
-            break;
-        }
-    }
-    return "toggles=" + std::to_string(toggles) + " text=" + zolui::entryText(field) +
-           " hotkey=" + std::to_string(hotKeyId);
-}
-
 std::string ipEntry() {
     zolui::Window window;
     zolui::Form form;
@@ -141,7 +107,6 @@ const std::map<std::string, std::function<std::string()>> kScenarios = {
     {"select", [] { return choose("Pick one"); }},
     {"check", [] { return rangeEnable(false); }},
     {"checkboxes", [] { return rangeEnable(true); }},
-    {"callbacks", callbacks},
     {"ip", ipEntry},
     {"japanese",
      [] {
