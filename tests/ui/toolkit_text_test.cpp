@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <newt.h>
 
-#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <sstream>
@@ -192,23 +191,6 @@ TEST(Encoding, ConvertsBothWaysAndNeverFailsOnBadBytes) {
     EXPECT_EQ(zolui::eucToUtf8("\xFF\xFF,a\xA4+" + euc + "\x80 end\xA4"),
               "??,a?+" + utf + "? end?");
     EXPECT_EQ(zolui::utf8ToEuc("x\xF0\x9F\x98\x80y\xC3(\xE6\x97"), "x?y?(?");
-}
-
-TEST(Encoding, ConvertsAtTheNewtEdgeOnlyForJapaneseOnUtf8) {
-    const std::string euc = "\xC6\xFC\xCB\xDC";
-    const std::string utf = "\xE6\x97\xA5\xE6\x9C\xAC";
-    const std::string saved = std::setlocale(LC_CTYPE, nullptr);
-    ASSERT_NE(std::setlocale(LC_CTYPE, "C.UTF-8"), nullptr);
-    zolui::SetJapaneseText(false);
-    EXPECT_EQ(zolui::toNewt(euc), euc);
-    zolui::SetJapaneseText(true);
-    EXPECT_EQ(zolui::toNewt(euc), utf);
-    EXPECT_EQ(zolui::fromNewt(utf), euc);
-    // On a terminal that is not UTF-8 there is nothing better to do than to pass the bytes on.
-    std::setlocale(LC_CTYPE, "C");
-    EXPECT_EQ(zolui::toNewt(euc), euc);
-    zolui::SetJapaneseText(false);
-    std::setlocale(LC_CTYPE, saved.c_str());
 }
 
 }  // namespace
