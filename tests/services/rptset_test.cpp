@@ -128,20 +128,5 @@ TEST_F(RptsetTest, OneDestinationByIDWithoutRegardToCase) {
     EXPECT_EQ(getOne(nullptr), -1);
 }
 
-// A new installation's store (seeded from data/default.reg) as the library sees it.
-TEST(RptsetSeededStore, InstalledAndBuiltInDestination) {
-    zoltest::ProductRoot root;
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    HMODULE lib = LoadLibrary((root.path() / "lib" / "rptset.dll").c_str());
-    ASSERT_NE(lib, nullptr);
-    EXPECT_EQ(BindRptset<CheckInstVantrel_fn>(lib, "CheckInstVantrel")(), 1);
-    auto record = std::make_unique<DestData>();
-    std::strcpy(record->ID, "VANTRELREPORT");
-    EXPECT_EQ(BindRptset<GetDestSetting_fn>(lib, "GetDestSetting")(record.get()), 0);
-    EXPECT_STREQ(record->ID, "VantrelReport");
-    FreeLibrary(lib);
-    ZolRegCloseStore();
-}
-
 }  // namespace
 }  // namespace svctest
