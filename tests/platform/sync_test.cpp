@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -27,6 +28,18 @@ class NamedObjects : public ::testing::Test {
     zoltest::ScopedEnv zolDir{"ZolDir", root.path().string()};
     const std::string name = "EVENTLOG_SEMA-" + std::to_string(getpid());
 };
+
+// Holds the named mutex until the test closes its input (or kills it).
+int holdMutex(const std::string& name) {
+    HANDLE h = CreateMutex(nullptr, TRUE, name.c_str());
+    std::printf("held %lu\n", static_cast<unsigned long>(h ? GetLastError() : 999));
+    std::fflush(stdout);
+    for (char c; read(0, &c, 1) > 0;) {
+    }
+    std::printf("release %d\n", ReleaseMutex(h));
+    std::fflush(stdout);
+    return CloseHandle(h) ? 0 : 1;
+}
 
 // Checks that `wait` (a wait with a time-out of ms) times out, and neither early nor very late.
 void expectTimeout(const std::function<DWORD()>& wait, double ms) {
@@ -66,7 +79,7 @@ TEST_F(NamedObjects, OnlyTheOwningThreadHoldsAndReleases) {
 }
 
 TEST_F(NamedObjects, MutexHeldByAnotherProcessTimesOutUntilTheHolderIsKilled) {
-    ChildProcess holder({PLATFORM_HELPER, "mutex-hold", name});
+    ChildProcess holder([&] { return holdMutex(name); });
     ASSERT_EQ(holder.readLine(), "held 0");
     HANDLE h = CreateMutex(nullptr, TRUE, name.c_str());  // exists: opened, and not owned
     ASSERT_NE(h, nullptr);
@@ -89,7 +102,7 @@ TEST_F(NamedObjects, MutexHeldByAnotherProcessTimesOutUntilTheHolderIsKilled) {
 }
 
 TEST_F(NamedObjects, HolderThatReleasesHandsOverAndTheLastCloseRemovesTheName) {
-    ChildProcess holder({PLATFORM_HELPER, "mutex-hold", name});
+    ChildProcess holder([&] { return holdMutex(name); });
     ASSERT_EQ(holder.readLine(), "held 0");
     HANDLE h = OpenMutex(SYNCHRONIZE, FALSE, name.c_str());
     ASSERT_NE(h, nullptr);
@@ -106,9 +119,18 @@ TEST_F(NamedObjects, EventsWakeWaitersInOtherProcessesAndKeepTheirKind) {
     EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_FILE_NOT_FOUND));
     HANDLE ev = CreateEvent(nullptr, FALSE, FALSE, name.c_str());
     ASSERT_NE(ev, nullptr);
+    // The other process waits for the word, then opens the event and sets it.
+    auto setter = [&] {
+        for (char c; read(0, &c, 1) > 0;) {
+        }
+        HANDLE h = OpenEvent(EVENT_ALL_ACCESS, FALSE, name.c_str());
+        return h != nullptr && SetEvent(h) && CloseHandle(h) ? 0 : 3;
+    };
+    ChildProcess other(setter);
     std::atomic<DWORD> result{0};
     std::thread waiter([&] { result = WaitForSingleObject(ev, 20000); });
-    EXPECT_EQ(zoltest::run({PLATFORM_HELPER, "event-set", name}).out, "set 1\n");
+    other.closeInput();
+    EXPECT_EQ(other.wait(), 0);
     waiter.join();
     EXPECT_EQ(result.load(), ZOL_WAIT_ACQUIRED);
     EXPECT_EQ(WaitForSingleObject(ev, 0), WAIT_TIMEOUT);  // the waiter used up the signal
@@ -117,7 +139,9 @@ TEST_F(NamedObjects, EventsWakeWaitersInOtherProcessesAndKeepTheirKind) {
     EXPECT_EQ(WaitForSingleObject(ev, 0), WAIT_TIMEOUT);
     // Once this process closes its handle the name is gone for everyone.
     EXPECT_TRUE(CloseHandle(ev));
-    EXPECT_EQ(zoltest::run({PLATFORM_HELPER, "event-set", name}).out, "open-failed 2\n");
+    ChildProcess late(setter);
+    late.closeInput();
+    EXPECT_EQ(late.wait(), 3);
 
     // A manual-reset event stays signalled and one SetEvent releases every waiter.
     HANDLE manual = CreateEvent(nullptr, TRUE, TRUE, name.c_str());

@@ -87,7 +87,7 @@ TEST_F(TraceFile, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
 }
 
 TEST_F(TraceFile, WithoutInitOrLogFolderLinesAreDroppedQuietly) {
-    auto r = zoltest::run({PLATFORM_HELPER, "trace-noinit"}, root.env());
+    auto r = zoltest::run({PLATFORM_HELPER}, root.env());
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_TRUE(fs::is_empty(root.path() / "log"));
 
@@ -114,15 +114,21 @@ TEST_F(TraceFile, ConcurrentProcessesWriteWholeLines) {
     constexpr int kProcesses = 4, kLines = 300, kLength = 1500;
     std::vector<std::unique_ptr<platformtest::ChildProcess>> children;
     for (int i = 0; i < kProcesses; ++i) {
-        children.push_back(std::make_unique<platformtest::ChildProcess>(std::vector<std::string>{
-            PLATFORM_HELPER, "trace", "shared", std::to_string(kLines), std::to_string(kLength)}));
+        children.push_back(std::make_unique<platformtest::ChildProcess>([] {
+            TraceLogInit(0, "shared", 0, TRACE_LEVEL_INFO, 0);
+            const std::string text(kLength, 'x');
+            for (int n = 0; n < kLines; ++n)
+                TraceLog(TRACE_LEVEL_ERROR, "helper.cpp", "worker", n, "%d:%s:%d", getpid(),
+                         text.c_str(), n);
+            return 0;
+        }));
     }
     for (auto& child : children)
         ASSERT_EQ(child->wait(), 0);
     std::map<std::string, int> perPid;
     for (const auto& t : readTrace(root.traceFile("shared"))) {
         ASSERT_TRUE(t);
-        ASSERT_TRUE(t->where.starts_with("platform_helper.cpp:worker:")) << t->where;
+        ASSERT_TRUE(t->where.starts_with("helper.cpp:worker:")) << t->where;
         const std::string number = t->where.substr(t->where.rfind(':') + 1);
         ASSERT_EQ(t->text, t->pid + ":" + std::string(kLength, 'x') + ":" + number);
         ++perPid[t->pid];
