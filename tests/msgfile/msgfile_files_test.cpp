@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <map>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -46,15 +45,32 @@ const std::map<std::string, std::string> kFormats = {
 
 // printf conversions of a text in order ("%%" is not one); a '%' that starts none is an error.
 bool Conversions(const std::string& text, std::string& out) {
-    static const std::regex conversion("%%|%[-+ #0]*[0-9]*(\\.[0-9]+)?(hh|ll|h|l|z)?[diouxXsc]|%");
+    const char* digits = "0123456789";
     out.clear();
-    for (std::sregex_iterator it(text.begin(), text.end(), conversion), end; it != end; ++it) {
-        if (it->str() == "%") {
+    for (std::size_t i = text.find('%'); i != std::string::npos; i = text.find('%', i + 1)) {
+        if (text.compare(i, 2, "%%") == 0) {
+            ++i;
+            continue;
+        }
+        std::size_t j = text.find_first_not_of(digits, text.find_first_not_of("-+ #0", i + 1));
+        if (j < text.size() && text[j] == '.') {
+            const std::size_t end = text.find_first_not_of(digits, j + 1);
+            if (end == j + 1) {
+                return false;
+            }
+            j = end;
+        }
+        for (const std::string length : {"hh", "ll", "h", "l", "z"}) {
+            if (j < text.size() && text.compare(j, length.size(), length) == 0) {
+                j += length.size();
+                break;
+            }
+        }
+        if (j >= text.size() || std::string("diouxXsc").find(text[j]) == std::string::npos) {
             return false;
         }
-        if (it->str() != "%%") {
-            out += it->str();
-        }
+        out += text.substr(i, j - i + 1);
+        i = j;
     }
     return true;
 }
@@ -95,7 +111,13 @@ std::map<std::string, std::string> LoadEntries(const std::string& name,
 // that look like IDs (MAIN_BASESET_ID, SYSLOGADD_KeywordError_ID) or are the first argument of
 // CPGetText or MessageText.
 std::vector<std::string> IdsIn(const std::string& src) {
-    static const std::regex idForm("[A-Z][A-Z0-9]*(_[A-Za-z0-9]+)+");
+    const std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    const auto looksLikeId = [&](const std::string& t) {
+        return !t.empty() && t[0] >= 'A' && t[0] <= 'Z' && t.find('_') != std::string::npos &&
+               t.find_first_not_of(upper) == t.find('_') && t.find("__") == std::string::npos &&
+               t.back() != '_' &&
+               t.find_first_not_of(upper + "abcdefghijklmnopqrstuvwxyz_") == std::string::npos;
+    };
     std::vector<std::string> out;
     for (std::size_t i = 0; i < src.size(); ++i) {
         if (src.compare(i, 2, "//") == 0) {
@@ -111,9 +133,8 @@ std::vector<std::string> IdsIn(const std::string& src) {
             const std::size_t paren =
                 start < 2 ? std::string::npos : src.find_last_not_of(" \n", start - 2);
             const std::string head = paren == std::string::npos ? "" : src.substr(0, paren + 1);
-            if (src[start - 1] == '"' &&
-                (head.ends_with("CPGetText(") || head.ends_with("MessageText(") ||
-                 std::regex_match(text, idForm))) {
+            if (src[start - 1] == '"' && (head.ends_with("CPGetText(") ||
+                                          head.ends_with("MessageText(") || looksLikeId(text))) {
                 out.push_back(text);
             }
         }
