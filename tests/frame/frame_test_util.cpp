@@ -1,7 +1,6 @@
 // Helpers of the program-frame tests (see frame_test_util.h).
 #include "frame_test_util.h"
 
-#include <regex>
 #include <sstream>
 
 #include "frame/msgfile.h"
@@ -52,13 +51,18 @@ void closeMenu(zoltest::Terminal& t) {
 
 std::vector<TraceEntry> readTrace(const zoltest::ProductRoot& root) {
     // "<date> <time> [pid] L<level> <file>:<function>:<line> <text>"
-    static const std::regex line(R"(\] L(\d+) [^: ]*:([^: ]*):\d+ (.*))");
     std::vector<TraceEntry> entries;
     std::istringstream in(zoltest::readFile(root.traceFile("ZOLamsadm")));
-    std::smatch m;
     for (std::string s; std::getline(in, s);) {
-        if (std::regex_search(s, m, line))
-            entries.push_back({std::stoi(m[1]), m[2], m[3]});
+        const auto l = s.find("] L");
+        const auto w = l == std::string::npos ? l : s.find(' ', l + 3);
+        const auto t = w == std::string::npos ? w : s.find(' ', w + 1);
+        if (t == std::string::npos)
+            continue;
+        const std::string where = s.substr(w + 1, t - w - 1);
+        const auto c1 = where.find(':'), c2 = where.rfind(':');
+        entries.push_back({std::stoi(s.substr(l + 3)),
+                           c1 < c2 ? where.substr(c1 + 1, c2 - c1 - 1) : "", s.substr(t + 1)});
     }
     return entries;
 }

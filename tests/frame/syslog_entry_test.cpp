@@ -65,6 +65,13 @@ TEST(FrameSyslogEntry, WithoutMonitorThenHeldElsewhereFreeAndHeldAgain) {
                "Method", "/d", "SNMP", "/f"});
     auto t = frametest::startMenu(root);
     runSyslogScreen(root, *t, [] {});
+    // The entry ends (its last trace line) before the event exists.
+    ASSERT_TRUE(t->waitFor([&](const zoltest::Terminal&) {
+        for (const auto& e : frametest::readTrace(root))
+            if (e.function == "EnterSyslogSetting" && e.text.rfind("<", 0) == 0)
+                return true;
+        return false;
+    })) << traceDump(root);
     HANDLE event = CreateEvent(nullptr, TRUE, FALSE, "Eventlog_Mod_Event");
     ASSERT_NE(event, nullptr);
     runSyslogScreen(root, *t, [&] {
