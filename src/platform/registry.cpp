@@ -218,6 +218,13 @@ class Registry {
     const std::string& currentStorePath();
     LONG connect(bool verifyFile);
     LONG lookup(HKEY hKey, KeyHandle*& out);
+    // lookup, then refuses a handle that has none of the access bits in `need`.
+    LONG lookup(HKEY hKey, REGSAM need, KeyHandle*& out) {
+        LONG r = lookup(hKey, out);
+        if (r == ERROR_SUCCESS && (out->access & need) == 0)
+            return ERROR_ACCESS_DENIED;
+        return r;
+    }
     LONG live(const KeyHandle& key) const;
     HKEY newHandle(sqlite3_int64 id, REGSAM access);
     LONG missingOrDeleted(sqlite3_int64 id);
@@ -243,6 +250,19 @@ class Registry {
     }
     template <class Op>
     LONG write(Op&& op);
+    // A read of the cached contents of a live, existing key: op(const CachedKey&).
+    template <class Op>
+    LONG readKey(const KeyHandle& key, Op&& op) {
+        return read([&]() -> LONG {
+            LONG q = live(key);
+            if (q != ERROR_SUCCESS)
+                return q;
+            const CachedKey* k = keyInfo(key.id, q);
+            if (k == nullptr)
+                return q;
+            return k->exists ? op(*k) : ERROR_KEY_DELETED;
+        });
+    }
 
     std::mutex mu_;
     std::condition_variable txEnded_;
@@ -582,10 +602,8 @@ LONG Registry::createKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result, LPD
         return r;
     Lock lk = enter();
     KeyHandle* base = nullptr;
-    if ((r = lookup(hKey, base)) != ERROR_SUCCESS)
+    if ((r = lookup(hKey, KEY_CREATE_SUB_KEY, base)) != ERROR_SUCCESS)
         return r;
-    if ((base->access & KEY_CREATE_SUB_KEY) == 0)
-        return ERROR_ACCESS_DENIED;
     const KeyHandle& from = *base;
     sqlite3_int64 id = 0;
     bool created = false;
@@ -637,21 +655,11 @@ LONG Registry::queryValue(HKEY hKey, LPCSTR name, LPDWORD type, LPBYTE data, LPD
         return r;
     Lock lk = enter();
     KeyHandle* key = nullptr;
-    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+    if ((r = lookup(hKey, KEY_QUERY_VALUE, key)) != ERROR_SUCCESS)
         return r;
-    if ((key->access & KEY_QUERY_VALUE) == 0)
-        return ERROR_ACCESS_DENIED;
-    return read([&]() -> LONG {
-        LONG q = live(*key);
-        if (q != ERROR_SUCCESS)
-            return q;
-        const CachedKey* k = keyInfo(key->id, q);
-        if (k == nullptr)
-            return q;
-        if (!k->exists)
-            return ERROR_KEY_DELETED;
+    return readKey(*key, [&](const CachedKey& info) -> LONG {
         foldInto(vname, fold_);
-        const CachedValue* v = k->value(fold_);
+        const CachedValue* v = info.value(fold_);
         if (v == nullptr)
             return ERROR_FILE_NOT_FOUND;
         return deliverValue(v->type, v->data, type, data, cbData);
@@ -672,10 +680,8 @@ LONG Registry::setValue(HKEY hKey, LPCSTR name, DWORD type, const BYTE* data, DW
         return r;
     Lock lk = enter();
     KeyHandle* key = nullptr;
-    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+    if ((r = lookup(hKey, KEY_SET_VALUE, key)) != ERROR_SUCCESS)
         return r;
-    if ((key->access & KEY_SET_VALUE) == 0)
-        return ERROR_ACCESS_DENIED;
     const KeyHandle& k = *key;
     return write([&]() -> LONG {
         LONG w = live(k);
@@ -700,10 +706,8 @@ LONG Registry::deleteValue(HKEY hKey, LPCSTR name) {
         return r;
     Lock lk = enter();
     KeyHandle* key = nullptr;
-    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+    if ((r = lookup(hKey, KEY_SET_VALUE, key)) != ERROR_SUCCESS)
         return r;
-    if ((key->access & KEY_SET_VALUE) == 0)
-        return ERROR_ACCESS_DENIED;
     const KeyHandle& k = *key;
     return write([&]() -> LONG {
         LONG w = live(k);
@@ -731,10 +735,8 @@ LONG Registry::deleteKey(HKEY hKey, LPCSTR subKey) {
         return ERROR_INVALID_PARAMETER;
     Lock lk = enter();
     KeyHandle* key = nullptr;
-    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
+    if ((r = lookup(hKey, KEY_CREATE_SUB_KEY | kDeleteAccess, key)) != ERROR_SUCCESS)
         return r;
-    if ((key->access & (KEY_CREATE_SUB_KEY | kDeleteAccess)) == 0)
-        return ERROR_ACCESS_DENIED;
     const KeyHandle& k = *key;
     return write([&]() -> LONG {
         LONG w = live(k);
@@ -765,6 +767,16 @@ LONG Registry::deleteKey(HKEY hKey, LPCSTR subKey) {
     });
 }
 
+// Copies an enumerated name and its terminator when *cch has room for both; *cch becomes the
+// name's length.
+static LONG copyName(const std::string& found, LPSTR name, LPDWORD cch) {
+    if (found.size() + 1 > *cch)
+        return ERROR_MORE_DATA;
+    std::memcpy(name, found.c_str(), found.size() + 1);
+    *cch = static_cast<DWORD>(found.size());
+    return ERROR_SUCCESS;
+}
+
 LONG Registry::enumKey(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPSTR cls,
                        LPDWORD cchCls, void* lastWrite) {
     if (name == nullptr || cchName == nullptr || (cls != nullptr && cchCls == nullptr)) {
@@ -772,27 +784,15 @@ LONG Registry::enumKey(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPST
     }
     Lock lk = enter();
     KeyHandle* key = nullptr;
-    LONG r = lookup(hKey, key);
+    LONG r = lookup(hKey, KEY_ENUMERATE_SUB_KEYS, key);
     if (r != ERROR_SUCCESS)
         return r;
-    if ((key->access & KEY_ENUMERATE_SUB_KEYS) == 0)
-        return ERROR_ACCESS_DENIED;
-    return read([&]() -> LONG {
-        LONG q = live(*key);
-        if (q != ERROR_SUCCESS)
-            return q;
-        const CachedKey* k = keyInfo(key->id, q);
-        if (k == nullptr)
-            return q;
-        if (!k->exists)
-            return ERROR_KEY_DELETED;
-        if (index >= k->children.size())
+    return readKey(*key, [&](const CachedKey& info) -> LONG {
+        if (index >= info.children.size())
             return ERROR_NO_MORE_ITEMS;
-        const CachedChild& found = k->children[index];
-        if (found.name.size() + 1 > *cchName)
-            return ERROR_MORE_DATA;
-        std::memcpy(name, found.name.c_str(), found.name.size() + 1);
-        *cchName = static_cast<DWORD>(found.name.size());
+        const CachedChild& found = info.children[index];
+        if (LONG c = copyName(found.name, name, cchName); c != ERROR_SUCCESS)
+            return c;
         if (cls != nullptr && *cchCls > 0)
             cls[0] = '\0';
         if (cchCls != nullptr)
@@ -813,27 +813,15 @@ LONG Registry::enumValue(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LP
     }
     Lock lk = enter();
     KeyHandle* key = nullptr;
-    LONG r = lookup(hKey, key);
+    LONG r = lookup(hKey, KEY_QUERY_VALUE, key);
     if (r != ERROR_SUCCESS)
         return r;
-    if ((key->access & KEY_QUERY_VALUE) == 0)
-        return ERROR_ACCESS_DENIED;
-    return read([&]() -> LONG {
-        LONG q = live(*key);
-        if (q != ERROR_SUCCESS)
-            return q;
-        const CachedKey* k = keyInfo(key->id, q);
-        if (k == nullptr)
-            return q;
-        if (!k->exists)
-            return ERROR_KEY_DELETED;
-        if (index >= k->values.size())
+    return readKey(*key, [&](const CachedKey& info) -> LONG {
+        if (index >= info.values.size())
             return ERROR_NO_MORE_ITEMS;
-        const CachedValue& found = k->values[index];
-        if (found.name.size() + 1 > *cchName)
-            return ERROR_MORE_DATA;
-        std::memcpy(name, found.name.c_str(), found.name.size() + 1);
-        *cchName = static_cast<DWORD>(found.name.size());
+        const CachedValue& found = info.values[index];
+        if (LONG c = copyName(found.name, name, cchName); c != ERROR_SUCCESS)
+            return c;
         return deliverValue(found.type, found.data, type, data, cbData);
     });
 }
