@@ -3,13 +3,13 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
-#include <regex>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -29,16 +29,22 @@ struct TraceLine {
 
 // Splits "YYYY-MM-DD hh:mm:ss.mmm [pid] Llevel where text"; nullopt for any other shape.
 std::vector<std::optional<TraceLine>> readTrace(const fs::path& file) {
-    static const std::regex head(
-        R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[(\d+)\] L(\S+) (\S+) )");
     std::vector<std::optional<TraceLine>> out;
     std::istringstream in(zoltest::readFile(file));
     for (std::string line; std::getline(in, line);) {
-        std::smatch m;
-        if (std::regex_search(line, m, head, std::regex_constants::match_continuous))
-            out.push_back(TraceLine{m[1], m[2], m[3], line.substr(m.length(0))});
-        else
-            out.emplace_back();
+        const std::string stamp = "dddd-dd-dd dd:dd:dd.ddd [";
+        bool ok = line.size() > stamp.size();
+        for (size_t i = 0; ok && i < stamp.size(); ++i)
+            ok = stamp[i] == 'd' ? std::isdigit(static_cast<unsigned char>(line[i])) != 0
+                                 : line[i] == stamp[i];
+        const auto pidEnd = line.find("] L", stamp.size());
+        const auto levelEnd = line.find(' ', pidEnd + 3), whereEnd = line.find(' ', levelEnd + 1);
+        out.emplace_back();
+        if (ok && pidEnd != std::string::npos && whereEnd != std::string::npos)
+            out.back() = TraceLine{line.substr(stamp.size(), pidEnd - stamp.size()),
+                                   line.substr(pidEnd + 3, levelEnd - pidEnd - 3),
+                                   line.substr(levelEnd + 1, whereEnd - levelEnd - 1),
+                                   line.substr(whereEnd + 1)};
     }
     return out;
 }
