@@ -11,7 +11,4 @@ export ZolDir="$PWD/demo"
 if [ ! -f demo/registry/hklm.db ]; then
     demo/bin/zolreg init
 fi
-if [ -x demo/bin/ZOLamsadm ]; then
-    exec demo/bin/ZOLamsadm "$@"
-fi
-demo/bin/zolreg query 'HKLM\SOFTWARE\Tavik' /s
+exec demo/bin/ZOLamsadm "$@"
