@@ -32,16 +32,6 @@ constexpr std::array<TypeEntry, 6> kTypes{{
     {REG_MULTI_SZ, "REG_MULTI_SZ"},
 }};
 
-int hexDigit(char c) {
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
 std::string withTerminator(std::string_view text) {
     std::string data(text);
     data.push_back('\0');
@@ -113,6 +103,16 @@ std::optional<std::string> multiFromText(std::string_view text, std::string& why
 }
 
 }  // namespace
+
+int hexDigit(char c) {
+    if (c >= '0' && c <= '9')
+        return c - '0';
+    if (c >= 'a' && c <= 'f')
+        return c - 'a' + 10;
+    if (c >= 'A' && c <= 'F')
+        return c - 'A' + 10;
+    return -1;
+}
 
 bool equalsNoCase(std::string_view a, std::string_view b) {
     if (a.size() != b.size())

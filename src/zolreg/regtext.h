@@ -34,6 +34,9 @@ std::string queryText(uint32_t type, std::string_view data);
 // One query line: four blanks, the name ("(Default)" for the default value), type and data.
 std::string queryLine(std::string_view name, uint32_t type, std::string_view data);
 
+// The value of one hexadecimal digit, -1 for any other character.
+int hexDigit(char c);
+
 // ASCII-only case folding, as the store compares names.
 bool equalsNoCase(std::string_view a, std::string_view b);
 
