@@ -91,4 +91,293 @@ ZOL_RECORD_ASSERT(offsetof(IDListNode, Index) == 4100, "IDListNode layout");
 ZOL_RECORD_ASSERT(offsetof(IDListNode, Next) == 4104, "IDListNode layout");
 ZOL_RECORD_ASSERT(sizeof(IDListNode) == 4104 + sizeof(void*), "IDListNode layout");
 
+/* ---------------------------------------------------------------------------------------------
+ * Records of the event-monitoring screens. Destination-ID tables are arrays of pointers, so these
+ * records are for the 64-bit build only.
+ * ------------------------------------------------------------------------------------------- */
+ZOL_RECORD_ASSERT(sizeof(void*) == 8, "records with pointer tables need a 64-bit build");
+
+/* Most destination IDs one event or syslog item record carries. */
+#define EVENT_DEST_SLOTS 50
+/* The event ID that stands for every event or item of one source. */
+#define EVENT_ID_ALL "All"
+/* Marker in a handling-method text that the user never set one. */
+#define NO_US_DEALMETHOD "NO_US_DEALMETHOD"
+
+/* What the agent does after reporting an event or item. */
+#define EVENT_ACTION_NONE 0
+#define EVENT_ACTION_SHUTDOWN 1
+#define EVENT_ACTION_REBOOT 2
+
+/* One monitored agent event (source name + event ID) and its report settings. */
+typedef struct AgentEventData {
+    char SourceName[4096];
+    char EventID[4096];                   /* EVENT_ID_ALL: every event of the source */
+    char* lplpszDestID[EVENT_DEST_SLOTS]; /* destination IDs; buffers owned by the allocator */
+    char TrapName[81];
+    char DealMethod[512]; /* handling method shown to the operator */
+    char Padding[3];
+    int32_t DestNum;    /* filled entries of lplpszDestID */
+    int32_t ReportFlag; /* on writing: 1 report to lplpszDestID[0], 0 do not */
+    int32_t Action;     /* EVENT_ACTION_* */
+    int32_t Reserved1;
+    int32_t ErrKind; /* 1 hardware, 2 software, 3 application, 4 environment, 6 off */
+    int32_t Level;   /* 0 to 8 */
+    int32_t Reserved2;
+} AgentEventData;
+
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, EventID) == 4096, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, lplpszDestID) == 8192, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, TrapName) == 8592, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, DealMethod) == 8673, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, DestNum) == 9188, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, ReportFlag) == 9192, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, Action) == 9196, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, Reserved1) == 9200, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, ErrKind) == 9204, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, Level) == 9208, "AgentEventData layout");
+ZOL_RECORD_ASSERT(offsetof(AgentEventData, Reserved2) == 9212, "AgentEventData layout");
+ZOL_RECORD_ASSERT(sizeof(AgentEventData) == 9216, "AgentEventData layout");
+
+/* One syslog monitoring item (source name + event ID): what it matches and where it reports. */
+typedef struct SyslogData {
+    char SourceName[4096];
+    char EventID[4096];                   /* EVENT_ID_ALL: every item of the source */
+    char* lplpszDestID[EVENT_DEST_SLOTS]; /* destination IDs; buffers owned by the allocator */
+    int32_t DestNum;
+    char Keyword1[257];
+    char Keyword2[257];
+    char Keyword3[257];
+    char Padding;
+    int32_t Count;      /* matching lines that make the item fire */
+    uint32_t TimeTable; /* hour mask of dscopy.dll; 0 = none */
+    int32_t ReportFlag;
+    int32_t Action;
+    int32_t Reserved1;
+    int32_t ErrKind;
+    int32_t Level;
+    char TrapName[81];
+    char DealMethod[512];
+    char Reserved2[11];
+} SyslogData;
+
+ZOL_RECORD_ASSERT(offsetof(SyslogData, lplpszDestID) == 8192, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, DestNum) == 8592, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Keyword1) == 8596, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Keyword2) == 8853, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Keyword3) == 9110, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Count) == 9368, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, TimeTable) == 9372, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, ReportFlag) == 9376, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Action) == 9380, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Reserved1) == 9384, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, ErrKind) == 9388, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Level) == 9392, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, TrapName) == 9396, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, DealMethod) == 9477, "SyslogData layout");
+ZOL_RECORD_ASSERT(offsetof(SyslogData, Reserved2) == 9989, "SyslogData layout");
+ZOL_RECORD_ASSERT(sizeof(SyslogData) == 10000, "SyslogData layout");
+
+/* ---------------------------------------------------------------------------------------------
+ * Base report settings.
+ * ------------------------------------------------------------------------------------------- */
+
+/* Method names of the base-setting records. */
+#define BASE_METHOD_SNMP "MANAGER (SNMP)"
+#define BASE_METHOD_INBAND "MANAGER (TCP_IP IN-BAND)"
+#define BASE_METHOD_OUTBAND "MANAGER (TCP_IP OUT-OF-BAND)"
+#define BASE_METHOD_SHUTDOWN "SHUTDOWN DELAY"
+
+/* One report method (or the shutdown delay) and whether it is in use. */
+typedef struct BaseData {
+    char MethodName[4096]; /* the key of the record: BASE_METHOD_* or a remote report method */
+    int32_t Enable;        /* 1 on, 0 off */
+    int32_t Value;         /* the shutdown delay in seconds (0 to 1800); 0 for the others */
+    char Option[4096];     /* method-specific text (SNMP: the trap community); carried */
+    uint32_t Reserved[4];
+} BaseData;
+
+ZOL_RECORD_ASSERT(offsetof(BaseData, Enable) == 4096, "BaseData layout");
+ZOL_RECORD_ASSERT(offsetof(BaseData, Value) == 4100, "BaseData layout");
+ZOL_RECORD_ASSERT(offsetof(BaseData, Option) == 4104, "BaseData layout");
+ZOL_RECORD_ASSERT(offsetof(BaseData, Reserved) == 8200, "BaseData layout");
+ZOL_RECORD_ASSERT(sizeof(BaseData) == 8216, "BaseData layout");
+
+/* SNMP trap destination list: at most TRAP_DEST_MAX addresses of TRAP_DEST_SIZE bytes. */
+#define TRAP_DEST_MAX 256
+#define TRAP_DEST_SIZE 256
+
+/* Registry texts read and written by the program through AMAMRegReadEx / AMAMRegWrite. */
+#define REG_TEXT_SIZE 257
+/* Buffer for the registry path AMAMGetBaseRegPath returns. */
+#define BASE_REG_PATH_SIZE 512
+
+/* Base settings of the remote report service's internet-mail delivery, read and written as a
+ * whole with GetAMBIBaseSetting / SetAMBIBaseSetting at the path AMAMGetBaseRegPath gives. */
+typedef struct AMBIBaseData {
+    char SMTPServer[REG_TEXT_SIZE]; /* host name or dotted IPv4 address */
+    char MailFrom[REG_TEXT_SIZE];   /* sender address */
+    char Padding[2];
+    uint32_t SMTPPort;      /* 1 to 65535; 25 by default */
+    uint32_t DateFormat;    /* 0 RFC 822 local time, 1 RFC 822 universal time */
+    uint32_t PopBeforeSMTP; /* 1: log in to the POP server before sending */
+    uint32_t SMTPAuth;      /* 1: authenticate to the SMTP server */
+    uint32_t Reserved[4];
+} AMBIBaseData;
+
+ZOL_RECORD_ASSERT(offsetof(AMBIBaseData, MailFrom) == 257, "AMBIBaseData layout");
+ZOL_RECORD_ASSERT(offsetof(AMBIBaseData, SMTPPort) == 516, "AMBIBaseData layout");
+ZOL_RECORD_ASSERT(offsetof(AMBIBaseData, DateFormat) == 520, "AMBIBaseData layout");
+ZOL_RECORD_ASSERT(offsetof(AMBIBaseData, PopBeforeSMTP) == 524, "AMBIBaseData layout");
+ZOL_RECORD_ASSERT(offsetof(AMBIBaseData, SMTPAuth) == 528, "AMBIBaseData layout");
+ZOL_RECORD_ASSERT(sizeof(AMBIBaseData) == 548, "AMBIBaseData layout");
+
+/* SMTP authentication credentials (program side; stored values SMTPAuthUser / SMTPAuthPass). */
+typedef struct SMTPParam {
+    char User[REG_TEXT_SIZE];
+    char Password[REG_TEXT_SIZE]; /* plain in memory, encoded in the store */
+} SMTPParam;
+
+ZOL_RECORD_ASSERT(offsetof(SMTPParam, Password) == 257, "SMTPParam layout");
+ZOL_RECORD_ASSERT(sizeof(SMTPParam) == 514, "SMTPParam layout");
+
+/* POP before SMTP credentials (stored values POPServer, POPUser, POPPass, POPPort). */
+typedef struct POPParam {
+    char Server[REG_TEXT_SIZE];
+    char User[REG_TEXT_SIZE];
+    char Password[REG_TEXT_SIZE];
+    char Padding;
+    uint32_t Port;
+} POPParam;
+
+ZOL_RECORD_ASSERT(offsetof(POPParam, User) == 257, "POPParam layout");
+ZOL_RECORD_ASSERT(offsetof(POPParam, Password) == 514, "POPParam layout");
+ZOL_RECORD_ASSERT(offsetof(POPParam, Port) == 772, "POPParam layout");
+ZOL_RECORD_ASSERT(sizeof(POPParam) == 776, "POPParam layout");
+
+/* ---------------------------------------------------------------------------------------------
+ * Remote report service.
+ * ------------------------------------------------------------------------------------------- */
+
+/* Text fields of the customer, machine, vendor and option records, terminator included. */
+#define VNT_TEXT_SIZE 128
+/* Room of the lists the library fills: operating systems, distributors, option kinds. */
+#define VNT_OS_LIST_MAX 128
+#define VNT_VENDOR_LIST_MAX 512
+#define VNT_OPTION_LIST_MAX 64
+/* Buffer of the remote report destination texts (GetVntTo, GetManagerIP). */
+#define VNT_MAILTO_SIZE 513
+
+/* Delivery methods of the remote report service. */
+#define VANTREL_INTERNETMAIL 0
+#define VANTREL_DIALUP 1
+#define VANTREL_TRANSTOMANAGER 2
+#define VANTREL_HTTPS 3
+
+/* Key-floppy types. */
+#define KEYFD_TYPE_MAIL 1
+#define KEYFD_TYPE_HTTPS 2
+
+/* Results of GetOpenMsgfromFD other than success. */
+#define KEYFD_READ_FAILED 0
+#define KEYFD_BAD_FILE 100
+#define KEYFD_BAD_CONTENT 200
+#define KEYFD_BAD_PATH 300
+
+/* The service's set-up data from the key floppy (SOFTWARE\Tavik\VNTService\SETUP). */
+typedef struct VntSetupData {
+    char Version[VNT_TEXT_SIZE];
+    char MailAddress[REG_TEXT_SIZE]; /* MAILADRS: the service centre */
+    char PhoneNo[VNT_TEXT_SIZE];     /* PHONENO: dial-up */
+    char ErrorReply[REG_TEXT_SIZE];  /* ERRORREPLY */
+    char URL1[REG_TEXT_SIZE];
+    char URL2[REG_TEXT_SIZE];
+    char Padding[3];
+    uint32_t Setting;         /* SETTING: set-up state */
+    uint32_t SavedAddressSet; /* 1: an address set has been saved */
+    uint32_t KeyFDType;       /* KEYFD_TYPE_*, 0 when no floppy was read */
+    uint32_t KeyFDRead;       /* InstVantrelKeyFD */
+} VntSetupData;
+
+ZOL_RECORD_ASSERT(offsetof(VntSetupData, MailAddress) == 128, "VntSetupData layout");
+ZOL_RECORD_ASSERT(offsetof(VntSetupData, PhoneNo) == 385, "VntSetupData layout");
+ZOL_RECORD_ASSERT(offsetof(VntSetupData, ErrorReply) == 513, "VntSetupData layout");
+ZOL_RECORD_ASSERT(offsetof(VntSetupData, URL1) == 770, "VntSetupData layout");
+ZOL_RECORD_ASSERT(offsetof(VntSetupData, URL2) == 1027, "VntSetupData layout");
+ZOL_RECORD_ASSERT(offsetof(VntSetupData, Setting) == 1288, "VntSetupData layout");
+ZOL_RECORD_ASSERT(offsetof(VntSetupData, KeyFDRead) == 1300, "VntSetupData layout");
+ZOL_RECORD_ASSERT(sizeof(VntSetupData) == 1304, "VntSetupData layout");
+
+/* Customer data sent with the service's reports (SETTING values in brackets). */
+typedef struct VntUserData {
+    int32_t Kind;                      /* KAISHAKBN: 0 personal, 1 company */
+    char CustomerNameA[VNT_TEXT_SIZE]; /* TOKUINMA */
+    char CustomerNameJ[VNT_TEXT_SIZE]; /* TOKUINMN */
+    char Department[VNT_TEXT_SIZE];    /* BUNMN */
+    char PostCode[VNT_TEXT_SIZE];      /* ZIPNO */
+    char AddressA[VNT_TEXT_SIZE];      /* ADRSNMA */
+    char AddressJ[VNT_TEXT_SIZE];      /* ADRSNMN */
+    char AddressDetail[VNT_TEXT_SIZE]; /* SHOZAINMN */
+    char Telephone[VNT_TEXT_SIZE];     /* BUTEL */
+    char Mail[VNT_TEXT_SIZE];          /* MAIL */
+    char PersonA[VNT_TEXT_SIZE];       /* BUTANNMA */
+    char PersonJ[VNT_TEXT_SIZE];       /* BUTANNMN */
+    char UserCode[VNT_TEXT_SIZE];      /* USERCODE */
+} VntUserData;
+
+ZOL_RECORD_ASSERT(offsetof(VntUserData, CustomerNameA) == 4, "VntUserData layout");
+ZOL_RECORD_ASSERT(offsetof(VntUserData, PostCode) == 388, "VntUserData layout");
+ZOL_RECORD_ASSERT(offsetof(VntUserData, Mail) == 1028, "VntUserData layout");
+ZOL_RECORD_ASSERT(offsetof(VntUserData, UserCode) == 1412, "VntUserData layout");
+ZOL_RECORD_ASSERT(sizeof(VntUserData) == 1540, "VntUserData layout");
+
+/* The monitored machine's description, in the order of the machine screen's record. */
+typedef struct VntMachData {
+    char HostName[VNT_TEXT_SIZE];
+    char Manufacturer[VNT_TEXT_SIZE];
+    char LicenseNo[VNT_TEXT_SIZE];
+    char OSVersion[VNT_TEXT_SIZE];
+    char OSName[VNT_TEXT_SIZE];
+    char ProductName[VNT_TEXT_SIZE];
+} VntMachData;
+
+ZOL_RECORD_ASSERT(offsetof(VntMachData, OSName) == 512, "VntMachData layout");
+ZOL_RECORD_ASSERT(sizeof(VntMachData) == 768, "VntMachData layout");
+
+/* Who sold and who maintains the machine. */
+typedef struct VntVendData {
+    char Distributor[VNT_TEXT_SIZE];  /* SYSSHOPNMN */
+    char SalesDept[VNT_TEXT_SIZE];    /* SYSEIGYOBUNMN */
+    char SalesPerson[VNT_TEXT_SIZE];  /* SYSEIGYONMN */
+    char SalesTel[VNT_TEXT_SIZE];     /* SYSEIGYOTEL */
+    char EngineerDept[VNT_TEXT_SIZE]; /* SYSSEBU */
+    char Engineer[VNT_TEXT_SIZE];     /* SYSSENMN */
+    char EngineerTel[VNT_TEXT_SIZE];  /* SYSSETEL */
+} VntVendData;
+
+ZOL_RECORD_ASSERT(offsetof(VntVendData, EngineerTel) == 768, "VntVendData layout");
+ZOL_RECORD_ASSERT(sizeof(VntVendData) == 896, "VntVendData layout");
+
+/* Option data: the kind of service contract the reports are sent under. */
+typedef struct VntOptData {
+    uint32_t OptionCode;            /* OPTCDN: index into the option kind list */
+    char OptionName[VNT_TEXT_SIZE]; /* that kind's name, filled on reading */
+} VntOptData;
+
+ZOL_RECORD_ASSERT(offsetof(VntOptData, OptionName) == 4, "VntOptData layout");
+ZOL_RECORD_ASSERT(sizeof(VntOptData) == 132, "VntOptData layout");
+
+/* The remote report service's internet-mail destination: where its reports are mailed. */
+typedef struct VxMLDestData {
+    char MailTo[VNT_MAILTO_SIZE];  /* ETo: comma-separated addresses */
+    char Subject[VNT_MAILTO_SIZE]; /* subject line of the report mails */
+    char Padding[2];
+    uint32_t Opening; /* EOpening: 1 once the opening report was sent */
+    uint32_t Reserved[4];
+} VxMLDestData;
+
+ZOL_RECORD_ASSERT(offsetof(VxMLDestData, Subject) == 513, "VxMLDestData layout");
+ZOL_RECORD_ASSERT(offsetof(VxMLDestData, Opening) == 1028, "VxMLDestData layout");
+ZOL_RECORD_ASSERT(sizeof(VxMLDestData) == 1048, "VxMLDestData layout");
+
 #endif /* ZOL_RECORDS_H */

@@ -37,6 +37,9 @@ typedef int getVntSuppressMode_fn(void);
 typedef int setVntSuppressMode_fn(int mode);
 typedef int getVntSuppressInterval_fn(void);
 typedef int setVntSuppressInterval_fn(int minutes);
+/* File name of the delivery library of the current method ("vnthttps.dll" for HTTPS) into
+ * name (size bytes). 0 on success, -1 on failure. */
+typedef int VNTGetSelectedDllName_fn(char* name, int size);
 
 /* ---- chkset.dll: checks of the service's files ---- */
 typedef int CheckScheduleFile_fn(void);
