@@ -194,20 +194,26 @@ TEST_F(RptsetBaseTest, TrapDestinationList) {
     EXPECT_EQ(set(5, list.data()), 0);
     EXPECT_EQ(Snapshot(), full);
 
+    // Stored: four entries; the caller's array also holds a fifth, added but not yet confirmed.
     std::vector<std::string> expected = {"192.0.2.1", "192.0.2.2", "host.example", "192.0.2.2"};
     for (std::size_t i = 0; i < expected.size(); ++i)
         std::strcpy(list[i], expected[i].c_str());
     ASSERT_NE(set(4, list.data()), 0);
-    count = 4;
+    std::strcpy(list[4], "192.0.2.5");
+    count = 5;
     ASSERT_NE(del(&count, "192.0.2.2", list.data()), 0) << Trace();
-    expected.erase(expected.begin() + 1);  // the first equal entry only
-    ASSERT_EQ(count, 3);
-    EXPECT_EQ(std::vector<std::string>(list.begin(), list.begin() + 4),
-              (std::vector<std::string>{"192.0.2.1", "host.example", "192.0.2.2", ""}));
+    expected.erase(expected.begin() + 1);  // the first equal entry only; the addition unsaved
+    ASSERT_EQ(count, 4);
+    EXPECT_EQ(
+        std::vector<std::string>(list.begin(), list.begin() + 5),
+        (std::vector<std::string>{"192.0.2.1", "host.example", "192.0.2.2", "192.0.2.5", ""}));
 
     const std::string before = Snapshot();
+    ASSERT_NE(del(&count, "192.0.2.5", list.data()), 0);  // only in the array
+    EXPECT_EQ(count, 3);
     EXPECT_EQ(del(&count, "192.0.2.9", list.data()), 0);  // not listed: nothing changes
     EXPECT_EQ(count, 3);
+    EXPECT_STREQ(list[2], "192.0.2.2");
     EXPECT_EQ(Snapshot(), before);
 
     std::vector<std::vector<char>> fresh(TRAP_DEST_MAX, std::vector<char>(TRAP_DEST_SIZE));

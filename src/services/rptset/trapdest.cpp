@@ -110,6 +110,28 @@ LONG WriteList(const TrapList& list) {
     return rc == ERROR_SUCCESS ? transaction.Commit() : rc;
 }
 
+// Removes the first stored entry equal to address. The rest of the stored list is kept as
+// stored: the caller's array may hold additions not yet confirmed, which a removal must not save.
+// An address that is only in the caller's array leaves the store as it is.
+LONG RemoveFromStored(const char* address) {
+    rptset::Transaction transaction;
+    LONG rc = transaction.status();
+    if (rc != ERROR_SUCCESS)
+        return rc;
+    TrapList stored;
+    if ((rc = ReadList(&stored)) != ERROR_SUCCESS)
+        return rc;
+    for (auto it = stored.begin(); it != stored.end(); ++it) {
+        if (*it == address) {
+            stored.erase(it);
+            if ((rc = WriteList(stored)) != ERROR_SUCCESS)
+                return rc;
+            break;
+        }
+    }
+    return transaction.Commit();
+}
+
 void CopyEntry(char* buffer, const std::string& entry) {
     std::memcpy(buffer, entry.c_str(), entry.size() + 1);
 }
@@ -180,14 +202,14 @@ extern "C" ZOLWIN_API int DelDest(int* count, const char* address, char** list) 
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<%.255s is not in the list.return 0.", address);
         return 0;
     }
-    entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(found));
-    const LONG rc = WriteList(entries);
+    const LONG rc = RemoveFromStored(address);
     if (rc != ERROR_SUCCESS) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<write of %s failed (%d).return 0.", kTrapDestValue,
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<removal from %s failed (%d).return 0.", kTrapDestValue,
                   static_cast<int>(rc));
         return 0;
     }
     // Stored: now the caller's array follows, the entries after the removed one moving up.
+    entries.erase(entries.begin() + static_cast<std::ptrdiff_t>(found));
     for (std::size_t i = found; i < entries.size(); ++i)
         CopyEntry(list[i], entries[i]);
     list[entries.size()][0] = '\0';
