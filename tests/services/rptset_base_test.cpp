@@ -277,6 +277,8 @@ TEST_F(RptsetBaseTest, GenericValueReadAndWrite) {
     DWORD number = 0;
     ASSERT_NE(read(HKEY_LOCAL_MACHINE, key.c_str(), "Port", REG_DWORD, &number, 4), 0);
     EXPECT_EQ(number, port);
+    ASSERT_NE(TraceCount("AMAMRegWrite"), 0);
+    EXPECT_EQ(Trace().find(comment), std::string::npos);  // value data never reach the trace
 
     // Failures leave the caller's buffer as it was.
     std::strcpy(text, "kept");
