@@ -34,11 +34,6 @@ void SyslogSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
     ScreenNotBuilt("MAIN_SYSLOG_ID");
 }
 
-int VantrelBaseSetting(HINSTANCE /*hLibRPTSET*/) {
-    ScreenNotBuilt("BASE_REPORT_VANTREL_ID");
-    return 0;
-}
-
 void VantrelReportSetting(HMODULE /*hLibRPTSET*/) {
     ScreenNotBuilt("MAIN_VANTREL_ID");
 }
