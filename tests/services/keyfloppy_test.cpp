@@ -96,15 +96,19 @@ TEST_F(KeyFloppyTest, FloppyMadeByZolkeyfdLandsWholeInTheStore) {
     // Values the floppy does not name keep what the store held.
     EXPECT_EQ(Stored(kSettingKey, "TOKUINMA"), "");
 
-    // A floppy mounted with lower-case names, and the file given by its own path.
+    // A floppy mounted with lower-case names, and the file given by its own path; a mail floppy
+    // read through vntutil.dll's entry.
     ASSERT_EQ(Zolkeyfd({"make", dir, "--force", "--type", "1", "--mail", "c@example.com",
                         "--usercode", "U1"})
                   .status,
               0);
     fs::rename(fs::path(dir) / "VNTKEY.TXT", fs::path(dir) / "vntkey.txt");
-    EXPECT_EQ(check((dir + "/vntkey.txt").c_str(), 0, 8193), 0);
-    ASSERT_EQ(read((dir + "/vntkey.txt").c_str()), 1) << Trace();
+    EXPECT_EQ(check(dir.c_str(), 0, 8193), 0);
+    ASSERT_TRUE(LoadVantrelPkgDLL()) << Trace();
+    EXPECT_EQ(pWriteOpenSetting((dir + "/vntkey.txt").c_str()), 0) << Trace();
     EXPECT_EQ(Stored(kServiceKey, "KEYFDTYPE") + Stored(kSetupKey, "MAILADRS"), "1c@example.com");
+    EXPECT_EQ(pgetKeyFdType(), 1);
+    EXPECT_EQ(pWriteOpenSetting((dir + "/none").c_str()), -1);
 }
 
 TEST_F(KeyFloppyTest, RefusedFloppiesWriteNothing) {
