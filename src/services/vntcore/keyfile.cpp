@@ -313,13 +313,14 @@ KeyResult LoadKeyFile(const char* path, std::size_t maxSize, std::string* bytes)
     std::ifstream in(file, std::ios::binary);
     if (!in)
         return Fail(KeyFault::BadFile, file.string() + " cannot be read");
-    // Read one byte more than allowed: the size is judged by what was read, not by a stat that
-    // a writer could overtake.
-    std::string data(maxSize + 1, '\0');
-    in.read(data.data(), static_cast<std::streamsize>(data.size()));
+    // Read in pieces until the end or one byte past maxSize: the size is judged by what was
+    // read, not by a stat that a writer could overtake, and a large maxSize costs no memory.
+    std::string data;
+    char piece[4096];
+    while (data.size() <= maxSize && in.read(piece, sizeof piece).gcount() > 0)
+        data.append(piece, static_cast<std::size_t>(in.gcount()));
     if (in.bad())
         return Fail(KeyFault::BadFile, file.string() + " cannot be read");
-    data.resize(static_cast<std::size_t>(in.gcount()));
     if (data.size() > maxSize) {
         return Fail(KeyFault::BadFile,
                     file.string() + " is larger than " + std::to_string(maxSize) + " bytes");
