@@ -85,6 +85,12 @@ bool ReverseHas(zoltest::Terminal& t, const std::string& text) {
     });
 }
 
+// The trap panel redraws the whole terminal before each run of its form, so its title may vanish
+// for a moment while it is still open: closed means the base menu's focused row is seen again.
+bool SnmpPanelClosed(zoltest::Terminal& t, const ProductRoot& root) {
+    return ReverseHas(t, english(root, "BASE_REPORT_SNMP_ID"));
+}
+
 // Starts the program and opens the base-setting menu from the main menu's first row.
 std::unique_ptr<zoltest::Terminal> OpenBaseMenu(const ProductRoot& root) {
     auto t = frametest::startMenu(root);
@@ -325,7 +331,7 @@ TEST(BaseMenu, SnmpTrapList) {
     t->send(keys::Tab);
     ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SNMP_TITLE"))) << t->dump();
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"10.0.0.1", "192.168.7.7"}));
     EXPECT_EQ(MethodDword(root, "MANAGER (SNMP)", "Enable"), 0u);
 
@@ -343,7 +349,7 @@ TEST(BaseMenu, SnmpTrapList) {
     enter("172.16.0.9");
     ASSERT_TRUE(t->waitForText("172.16.0.9")) << t->dump();
     t->send(keys::CtrlO);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SNMP_TITLE"))) << t->dump();
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"192.168.7.7"}));
     CloseAll(*t, root);
 }
@@ -369,7 +375,7 @@ TEST(BaseMenu, SnmpTrapListLimits) {
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(fullText)) << t->dump();
     t->send(keys::CtrlO);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SNMP_TITLE"))) << t->dump();
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root).size(), 256u);
 
     SetTrapDestinations(root, {});
@@ -383,6 +389,6 @@ TEST(BaseMenu, SnmpTrapListLimits) {
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(error)) << t->dump();
     t->send(keys::CtrlO);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SNMP_TITLE"))) << t->dump();
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     CloseAll(*t, root);
 }
