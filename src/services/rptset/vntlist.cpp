@@ -1,6 +1,6 @@
 // rptset.dll: the lists the remote report service's screens choose from, kept as numbered values
-// under SOFTWARE\Tavik\VNTService\LIST (docs/registry.md, "Remote report service lists").
-// The distributor list is read by GetVntVendSetting together with the vendor record.
+// under SOFTWARE\Tavik\VNTService\LIST (docs/registry.md, "Remote report service records and
+// lists"). The distributor list is read by GetVntVendSetting together with the vendor record.
 #include <zolwin.h>
 
 #include <string>

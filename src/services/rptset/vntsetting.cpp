@@ -1,6 +1,6 @@
 // rptset.dll: the remote report service's records: set-up data (SETUP), and the customer,
-// machine, vendor and option data under SETTING. The value of each field is listed in
-// docs/registry.md ("Remote report service: SOFTWARE\Tavik\VNTService").
+// machine, vendor and option data under SETTING. The value of each field, the defaults and the
+// writers' limits are in docs/registry.md ("Remote report service records and lists").
 //
 // Readers fill a fresh record with the defaults, read every value over it and copy it to the
 // caller only when the store could be read: a failed read leaves the caller's record alone.
