@@ -1,0 +1,108 @@
+// rptset.dll: the remote report service's delivery method (VNTService\MethodType) and the state
+// of its opening report (EOpening of the built-in destination VantrelReport).
+#include <zolwin.h>
+
+#include <type_traits>
+
+#include "regvalue.h"
+#include "rptset_api.h"
+#include "storewrite.h"
+
+namespace {
+
+constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+constexpr const char* kMethodTypeValue = "MethodType";
+constexpr const char* kVantrelAddressKey =
+    "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\VantrelReport\\Address";
+constexpr const char* kEOpeningValue = "EOpening";
+
+bool KnownMethod(uint32_t method) {
+    return method <= VANTREL_HTTPS;
+}
+
+}  // namespace
+
+extern "C" ZOLWIN_API int AMGetVntMethod(int* method) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    if (method == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return -1.");
+        return -1;
+    }
+    // A store without the value delivers by internet mail, as a new installation is seeded.
+    uint32_t stored = VANTREL_INTERNETMAIL;
+    rptset::Key key;
+    LONG rc = key.OpenRead(HKEY_LOCAL_MACHINE, kServiceKey);
+    rptset::ValueRead read = rptset::ValueRead::Missing;
+    if (rc == ERROR_SUCCESS)
+        read = rptset::ReadDword(key.get(), kMethodTypeValue, &stored);
+    if ((rc != ERROR_SUCCESS && rc != ERROR_FILE_NOT_FOUND) || read == rptset::ValueRead::Failed ||
+        read == rptset::ValueRead::WrongType || !KnownMethod(stored)) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<%s\\%s unreadable or not a method (%u).return -1.",
+                  kServiceKey, kMethodTypeValue, stored);
+        return -1;
+    }
+    *method = static_cast<int>(stored);
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0. method=%d", *method);
+    return 0;
+}
+static_assert(std::is_same_v<decltype(AMGetVntMethod), AMGetVntMethod_fn>);
+
+extern "C" ZOLWIN_API int AMSetVntMethod(int method) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> method=%d", method);
+    if (method < 0 || !KnownMethod(static_cast<uint32_t>(method))) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<refused: %d is not a delivery method.return -1.", method);
+        return -1;
+    }
+    rptset::Transaction transaction;
+    LONG rc = transaction.status();
+    if (rc == ERROR_SUCCESS) {
+        rptset::WritableKey key;
+        rc = key.Create(HKEY_LOCAL_MACHINE, kServiceKey);
+        if (rc == ERROR_SUCCESS)
+            rc = rptset::WriteDword(key.get(), kMethodTypeValue, static_cast<uint32_t>(method));
+        if (rc == ERROR_SUCCESS)
+            rc = transaction.Commit();
+    }
+    if (rc != ERROR_SUCCESS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<write of %s\\%s failed (%d).return -1.", kServiceKey,
+                  kMethodTypeValue, static_cast<int>(rc));
+        return -1;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
+    return 0;
+}
+static_assert(std::is_same_v<decltype(AMSetVntMethod), AMSetVntMethod_fn>);
+
+extern "C" ZOLWIN_API int AMResetOpenSet(void) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    // The key belongs to the built-in destination VantrelReport: it is opened, never created,
+    // so that a store without that destination does not gain half of one.
+    rptset::WritableKey key;
+    LONG rc = key.OpenExisting(HKEY_LOCAL_MACHINE, kVantrelAddressKey);
+    if (rc == ERROR_SUCCESS)
+        rc = rptset::WriteDword(key.get(), kEOpeningValue, 0);
+    if (rc != ERROR_SUCCESS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<write of %s\\%s failed (%d).return -1.", kVantrelAddressKey,
+                  kEOpeningValue, static_cast<int>(rc));
+        return -1;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
+    return 0;
+}
+static_assert(std::is_same_v<decltype(AMResetOpenSet), AMResetOpenSet_fn>);
+
+extern "C" ZOLWIN_API int GetEOpening(void) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    uint32_t opening = 0;
+    rptset::Key key;
+    if (key.OpenRead(HKEY_LOCAL_MACHINE, kVantrelAddressKey) == ERROR_SUCCESS &&
+        rptset::ReadDword(key.get(), kEOpeningValue, &opening) == rptset::ValueRead::WrongType) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "%s\\%s has the wrong type; read as 0.", kVantrelAddressKey,
+                  kEOpeningValue);
+    }
+    // Any non-zero state means the opening report went out.
+    const int result = opening != 0 ? 1 : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
+}
+static_assert(std::is_same_v<decltype(GetEOpening), GetEOpening_fn>);
