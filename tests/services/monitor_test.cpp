@@ -171,6 +171,27 @@ TEST_F(MonitorTest, CatalogueSlotsOrderAndAllocation) {
     EXPECT_EQ(TakeCatalogue(items, count), "kernel/4000000A:;kernel/80000010:;");
 }
 
+// The catalogue of a new installation loads whole, with every value usable as seeded.
+TEST_F(MonitorTest, SeededCatalogue) {
+    zoltest::ProductRoot seeded;
+    zoltest::ScopedEnv zolDir("ZolDir", seeded.path().string());
+    AgentEventData** events = nullptr;
+    SyslogData** items = nullptr;
+    int events_n = 0, items_n = 0, numSN = 0, numEvntID = 0, itemSN = 0;
+    ASSERT_EQ(getAllAgnt(&events, &events_n, &numSN, &numEvntID), 0);
+    ASSERT_EQ(getAllSys(&items, &items_n, &itemSN, &numEvntID), 0);
+    EXPECT_GE(events_n, 100);
+    EXPECT_GE(numSN - 1, 10);
+    EXPECT_GE(items_n, 20);
+    EXPECT_GE(itemSN - 1, 5);
+    const std::string bindings = TakeCatalogue(events, events_n) + TakeCatalogue(items, items_n);
+    EXPECT_NE(bindings.find(":SNMP;"), std::string::npos);
+    // The trace goes to the log opened by the fixture.
+    EXPECT_EQ(TraceCount("<return 0. count="), 2);
+    for (const char* complaint : {"not usable", "wrong type", "too long", "not a binding"})
+        EXPECT_EQ(TraceCount(complaint), 0) << complaint;
+}
+
 TEST_F(MonitorTest, AgentEventRoundTrip) {
     Event("disk", "C0000002", "diskFailure", {"SNMP"});
     Held<AgentEventData> ev("disk", "c0000002");
