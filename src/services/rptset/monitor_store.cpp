@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <span>
 #include <string>
@@ -249,35 +250,86 @@ LONG ReadDestIDs(HKEY eventKey, const char* where, std::vector<std::string>* ids
     }
 }
 
+// Stores one text value read whole (data of size bytes) into its field, cut to fit.
+void StoreText(const TextValue& v, char* field, const char* where, const char* data, DWORD size) {
+    std::size_t n = strnlen(data, size);
+    if (n > v.size - 1) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "%s: %s is too long; cut to fit.", where, v.name);
+        n = v.size - 1;
+    }
+    std::memcpy(field, data, n);
+    field[n] = '\0';
+}
+
 // Reads the settings of one event key into record (names, destination table and the fields the
 // layout does not list are left alone) and its destination IDs into ids. Unusable stored values
-// are traced and read as their fallback; only a store failure fails.
+// are traced and read as their fallback; only a store failure fails. One pass over the key's
+// values: whole catalogues are read this way, so each value costs one call.
 template <class Record>
 LONG ReadEventValues(HKEY eventKey, const char* where, Record* record,
                      std::vector<std::string>* ids) {
-    for (const TextValue& v : Layout<Record>::kTexts) {
-        char* field = TextIn(record, v);
-        const ValueRead r = ReadTextField(eventKey, v.name, field, v.size);
-        if (r == ValueRead::Failed)
-            return ERROR_REGISTRY_IO_FAILED;
-        if (r == ValueRead::Cut)
-            ZOL_TRACE(TRACE_LEVEL_ERROR, "%s: %s is too long; cut to fit.", where, v.name);
-        if (r == ValueRead::Missing || r == ValueRead::WrongType) {
-            if (r == ValueRead::WrongType)
+    constexpr auto& texts = Layout<Record>::kTexts;
+    constexpr auto& numbers = Layout<Record>::kNumbers;
+    bool textSeen[std::size(texts)] = {};
+    bool numberSeen[std::size(numbers)] = {};
+    char name[64];    // longer than any listed name
+    char data[1024];  // larger than any text field
+    for (DWORD index = 0;; ++index) {
+        DWORD nameLength = sizeof name, type = 0, size = sizeof data;
+        LONG rc = RegEnumValue(eventKey, index, name, &nameLength, nullptr, &type,
+                               reinterpret_cast<BYTE*>(data), &size);
+        if (rc == ERROR_NO_MORE_ITEMS)
+            break;
+        bool oversized = false;
+        if (rc == ERROR_MORE_DATA) {
+            // Either a name that is none of ours, or data larger than any field: ask again.
+            nameLength = sizeof name;
+            rc = RegEnumValue(eventKey, index, name, &nameLength, nullptr, &type, nullptr, nullptr);
+            if (rc == ERROR_MORE_DATA)
+                continue;
+            oversized = true;
+        }
+        if (rc != ERROR_SUCCESS)
+            return rc;
+        for (std::size_t i = 0; i < std::size(texts); ++i) {
+            const TextValue& v = texts[i];
+            if (!EqualsNoCase(name, v.name))
+                continue;
+            textSeen[i] = true;
+            char* field = TextIn(record, v);
+            if (type != REG_SZ && type != REG_EXPAND_SZ) {
                 ZOL_TRACE(TRACE_LEVEL_ERROR, "%s: %s has the wrong type.", where, v.name);
-            std::strcpy(field, v.fallback);
+                std::strcpy(field, v.fallback);
+            } else if (oversized) {
+                if (ReadTextField(eventKey, v.name, field, v.size) == ValueRead::Failed)
+                    return ERROR_REGISTRY_IO_FAILED;
+                ZOL_TRACE(TRACE_LEVEL_ERROR, "%s: %s is too long; cut to fit.", where, v.name);
+            } else {
+                StoreText(v, field, where, data, size);
+            }
+        }
+        for (std::size_t i = 0; i < std::size(numbers); ++i) {
+            const NumberValue& v = numbers[i];
+            if (!EqualsNoCase(name, v.name))
+                continue;
+            numberSeen[i] = true;
+            uint32_t value = 0;
+            if (!oversized && type == REG_DWORD && size == sizeof value)
+                std::memcpy(&value, data, sizeof value);
+            if (oversized || type != REG_DWORD || size != sizeof value || !v.valid(value)) {
+                ZOL_TRACE(TRACE_LEVEL_ERROR, "%s: %s is not usable; read as 0.", where, v.name);
+                value = 0;
+            }
+            SetNumber(record, v, value);
         }
     }
-    for (const NumberValue& v : Layout<Record>::kNumbers) {
-        uint32_t value = 0;
-        const ValueRead r = ReadDword(eventKey, v.name, &value);
-        if (r == ValueRead::Failed)
-            return ERROR_REGISTRY_IO_FAILED;
-        if (r == ValueRead::WrongType || (r == ValueRead::Ok && !v.valid(value))) {
-            ZOL_TRACE(TRACE_LEVEL_ERROR, "%s: %s is not usable; read as 0.", where, v.name);
-            value = 0;
-        }
-        SetNumber(record, v, r == ValueRead::Ok ? value : 0);
+    for (std::size_t i = 0; i < std::size(texts); ++i) {
+        if (!textSeen[i])
+            std::strcpy(TextIn(record, texts[i]), texts[i].fallback);
+    }
+    for (std::size_t i = 0; i < std::size(numbers); ++i) {
+        if (!numberSeen[i])
+            SetNumber(record, numbers[i], 0);
     }
     return ReadDestIDs(eventKey, where, ids);
 }
