@@ -240,6 +240,29 @@ TEST_F(MonitorTest, AgentEventRoundTrip) {
     EXPECT_NE(getAgnt(nullptr), 0);
 }
 
+// Values a hand edit left unusable read as their defaults, traced; the event stays writable.
+TEST_F(MonitorTest, UnusableStoredValuesReadAsDefaults) {
+    const std::string key = kAgent + "\\disk\\C0000002";
+    SetText(key, "TrapName", std::string(200, 't'));
+    SetText(key, "DealMethod", std::string(2000, 'm'));
+    SetDword(key, "ErrKind", 5);
+    SetText(key, "Level", "7");
+    SetText(key + "\\Dest", "SNMP", "1");
+    SetDword(key + "\\Dest", "MgrOne", 1);
+    Held<AgentEventData> ev("disk", "C0000002");
+    ASSERT_EQ(getAgnt(&ev.r), 0);
+    EXPECT_EQ(std::vector<size_t>({std::strlen(ev.r.TrapName), std::strlen(ev.r.DealMethod)}),
+              std::vector<size_t>({80, 511}));
+    EXPECT_EQ(std::vector<int>({ev.r.Action, ev.r.ErrKind, ev.r.Level, ev.r.DestNum}),
+              std::vector<int>({0, 0, 0, 1}));
+    EXPECT_STREQ(ev.r.lplpszDestID[0], "MgrOne");
+    for (const char* line : {"TrapName is too long", "DealMethod is too long",
+                             "ErrKind is not usable", "Level is not usable", "is not a binding"})
+        EXPECT_EQ(TraceCount(line), 1) << line;
+    ev.r.ReportFlag = 1;
+    EXPECT_EQ(setAgnt(&ev.r, 0), 0);
+}
+
 TEST_F(MonitorTest, SyslogItemRoundTrip) {
     Held<SyslogData> add("kernel", "c0000001");
     std::strcpy(add.r.Keyword3, std::string(256, 'k').c_str());  // keyword 3 alone is enough
