@@ -11,10 +11,10 @@
 extern "C" ZOLWIN_API int x(uint32_t mask, char* text) {
     if (text == nullptr)
         return -1;
-    const std::string out = dscopy::MaskToText(mask);
-    static_assert(SCHEDULE_TEXT_MAX >= sizeof "0-0,2-2,4-4,6-6,8-8,10-10,12-12,14-14,16-16,"
+    static_assert(SCHEDULE_TEXT_MAX == dscopy::kMaxTextSize &&
+                  SCHEDULE_TEXT_MAX >= sizeof "0-0,2-2,4-4,6-6,8-8,10-10,12-12,14-14,16-16,"
                                               "18-18,20-20,22-22");
-    std::memcpy(text, out.c_str(), out.size() + 1);
+    dscopy::WriteMaskText(mask, text);
     return 0;
 }
 static_assert(std::is_same_v<decltype(x), ScheduleMaskToText_fn>);
