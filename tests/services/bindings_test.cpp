@@ -1,6 +1,8 @@
 // Every service library of the product root loads and exports every function the program
 // binds from it, by the names the program uses. The remote report package's libraries are
-// required too: a product root without them is incomplete.
+// required too: a product root without them is incomplete. Each must also unload again.
+#include <dlfcn.h>
+
 #include <string>
 #include <vector>
 
@@ -55,6 +57,12 @@ TEST_F(ServicesTest, EveryLibraryExportsEveryFunctionTheProgramBinds) {
                 missing += std::string(library.file) + ": " + name + "\n";
         }
         FreeLibrary(handle);
+        // FreeLibrary must really unload: a library that cannot be unloaded (GCC's unique
+        // symbols do that) would be reused by the next load even after its file changed.
+        if (void* still = dlopen(lib(library.file).c_str(), RTLD_NOW | RTLD_NOLOAD)) {
+            dlclose(still);
+            missing += std::string(library.file) + " stays loaded after FreeLibrary\n";
+        }
     }
     EXPECT_EQ(missing, "");
 }

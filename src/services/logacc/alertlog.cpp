@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <utility>
 #include <vector>
 
@@ -133,7 +134,7 @@ bool Replace(const std::string& folder, const std::string& name, const std::stri
     return true;
 }
 
-// Names of the "*.log" entries of folder, sorted; false when the folder cannot be listed.
+// Names of the "*.log" entries of folder; false when the folder cannot be listed.
 bool LogNames(const std::string& folder, std::vector<std::string>* names) {
     DIR* dir = ::opendir(folder.c_str());
     if (dir == nullptr)
@@ -146,7 +147,6 @@ bool LogNames(const std::string& folder, std::vector<std::string>* names) {
         }
     }
     ::closedir(dir);
-    std::sort(names->begin(), names->end());
     return true;
 }
 
@@ -167,8 +167,11 @@ std::string FormatLine(const AlertEntry& entry, std::time_t when) {
         line += kSeparator;
         line += *field;
     }
-    line += kSeparator + std::to_string(entry.result) + '\n';
-    return line;
+    // snprintf rather than std::to_string, whose digit table GCC exports as a unique symbol
+    // that would keep the library from being unloaded.
+    char result[16];
+    std::snprintf(result, sizeof result, "\t%d\n", entry.result);
+    return line + result;
 }
 
 std::string RemoveEntries(std::string_view content, std::string_view id, std::string_view gid) {

@@ -8,7 +8,10 @@
 
 namespace rptset {
 
-inline constexpr const char* kIDListKey = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+// Plain constexpr (one copy per source file) rather than inline variables: GCC exports inline
+// variables as unique symbols, which would keep the library from ever being unloaded.
+
+constexpr const char* kIDListKey = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
 
 struct DestTextField {
     const char* value;
@@ -19,12 +22,12 @@ struct DestNumberField {
     uint32_t DestData::*field;
 };
 
-inline constexpr DestTextField kDestTextFields[] = {
+constexpr DestTextField kDestTextFields[] = {
     {"Method", &DestData::Method},   {"Reserved", &DestData::Reserved},
     {"Address", &DestData::Address}, {"Phone", &DestData::Phone},
     {"User", &DestData::User},
 };
-inline constexpr DestNumberField kDestNumberFields[] = {
+constexpr DestNumberField kDestNumberFields[] = {
     {"Port", &DestData::Port},
     {"HourMask", &DestData::HourMask},
     {"RetryInterval", &DestData::RetryInterval},
@@ -32,6 +35,6 @@ inline constexpr DestNumberField kDestNumberFields[] = {
     {"ScheduleFlag", &DestData::ScheduleFlag},
 };
 // Stored encoded with Ras_Encode; kept apart from the plain texts.
-inline constexpr const char* kDestPasswordValue = "Password";
+constexpr const char* kDestPasswordValue = "Password";
 
 }  // namespace rptset
