@@ -38,6 +38,16 @@ class DestWriteTest : public ServicesTest {
             r->ID[0] = '\0';
         return r;
     }
+    // A REG_SZ value as stored, without its terminator.
+    std::string RawText(const std::string& key, const char* name) {
+        char data[64] = {};
+        DWORD size = sizeof data - 1;
+        HKEY k = nullptr;
+        if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &k) == ERROR_SUCCESS)
+            RegQueryValueEx(k, name, nullptr, nullptr, reinterpret_cast<BYTE*>(data), &size);
+        RegCloseKey(k);
+        return data;
+    }
     bool HasValue(const std::string& key, const char* name) {
         HKEY k = nullptr;
         if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &k) != ERROR_SUCCESS)
@@ -69,6 +79,9 @@ TEST_F(DestWriteTest, CreateChangeDeleteAndEachRefusal) {
                                      back->RetryTime, back->ScheduleFlag}),
               std::vector<uint32_t>({9000, 0xF0, 5, 72, 7}));
     EXPECT_EQ(Trace().find("pa55word"), std::string::npos);
+    std::string encoded = "pa55word";
+    Ras_Encode(encoded.data(), static_cast<int>(encoded.size()));
+    EXPECT_EQ(RawText(kIDList + "\\Mail Center", "Password"), encoded);
 
     // A change under another spelling keeps the stored one.
     RecordPtr change = Record(DEST_OP_CHANGE, "MAIL CENTER");
