@@ -13,10 +13,15 @@ namespace {
 
 class LibrariesTest : public ServicesTest {
   protected:
+    static constexpr const char* kPackage[] = {"vnthttps", "vntutil", "chkset", "hrtbeat"};
+    // The stand-ins in place of the product's package libraries, or no package at all.
     void InstallPackage() {
-        for (const char* name : {"vnthttps", "vntutil", "chkset", "hrtbeat"}) {
+        for (const char* name : kPackage)
             InstallTestModule(std::string("testpkg_") + name, std::string(name) + ".dll");
-        }
+    }
+    void RemovePackage() {
+        for (const char* name : kPackage)
+            RemoveLibrary(std::string(name) + ".dll");
     }
     static int BoundCount() {
         const auto bound = [](auto... p) { return ((p != nullptr) + ...); };
@@ -44,6 +49,7 @@ TEST_F(LibrariesTest, LoadersLoadReleaseAndTraceFailures) {
     EXPECT_EQ(TraceCount("<LoadLibrary for hrtbeat.dll failed.return FALSE."), 1);
 
     // The vntutil loader names "vntutili.dll" in its trace but loads "vntutil.dll".
+    RemoveLibrary("vntutil.dll");
     EXPECT_FALSE(LoadVntutiliDLL());
     EXPECT_EQ(TraceCount("<LoadLibrary for vntutili.dll failed.return FALSE."), 1) << Trace();
     EXPECT_EQ(TraceCount("vntutil.dll"), 0);
@@ -85,6 +91,7 @@ TEST_F(LibrariesTest, PackageBindsAllNineteenFunctions) {
 
 TEST_F(LibrariesTest, PackageNeverStopsEarly) {
     // Nothing installed: every library traced, nothing bound.
+    RemovePackage();
     EXPECT_FALSE(LoadVantrelPkgDLL());
     for (const char* line :
          {"LoadVNTHTTPSDLL() failed!return 0.", "LoadVntutiliDLL() failed!return 0.",

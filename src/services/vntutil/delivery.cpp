@@ -1,0 +1,42 @@
+// vntutil.dll: which delivery library sends the service's reports, by the stored method.
+#include <zolwin.h>
+
+#include <optional>
+#include <type_traits>
+
+#include "records.h"
+#include "store.h"
+#include "vantrelpkg_api.h"
+
+namespace {
+
+constexpr const char* kMethodValue = "MethodType";
+
+// Delivery library file of each method (VANTREL_*), indexed by the method number.
+constexpr const char* kDeliveryLibraries[] = {
+    "mailrpt.dll",   // VANTREL_INTERNETMAIL
+    "dialsvc.dll",   // VANTREL_DIALUP
+    "vntmgr.dll",    // VANTREL_TRANSTOMANAGER
+    "vnthttps.dll",  // VANTREL_HTTPS
+};
+static_assert(sizeof kDeliveryLibraries / sizeof *kDeliveryLibraries == VANTREL_HTTPS + 1);
+
+}  // namespace
+
+extern "C" ZOLWIN_API int VNTGetSelectedDllName(char* name, int size) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] size=%d", size);
+    // A store without the value has never left the seeded method, internet mail.
+    const std::optional<DWORD> method =
+        vntcore::ReadDwordOr(vntcore::kServiceKey, kMethodValue, VANTREL_INTERNETMAIL);
+    if (!method || *method > VANTREL_HTTPS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<no delivery library for the stored method.return -1.");
+        return -1;
+    }
+    if (vntcore::CopyOut(kDeliveryLibraries[*method], name, size) != 0) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[OUT]buffer of %d bytes too small.return -1.", size);
+        return -1;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0. method=%u name=%s", *method, name);
+    return 0;
+}
+static_assert(std::is_same_v<decltype(VNTGetSelectedDllName), VNTGetSelectedDllName_fn>);

@@ -1,0 +1,51 @@
+// Fixture of the remote report service's library tests: the services fixture with its store
+// seeded from the product root's default.reg (as "zolreg init" seeds a new installation), and
+// readers of single values through the program's own reader, RegReadEx.
+#pragma once
+
+#include <string>
+
+#include "services_test_util.h"
+
+namespace svctest {
+
+inline const std::string kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+inline const std::string kSettingKey = kServiceKey + "\\SETTING";
+inline const std::string kHeartBeatKey = kServiceKey + "\\HeartBeat";
+inline const std::string kHttpsKey =
+    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(HTTPS)\\Setting";
+
+class SeededStoreTest : public ServicesTest {
+  protected:
+    void SetUp() override {
+        ServicesTest::SetUp();
+        const zoltest::RunResult r =
+            zoltest::run({root().bin("zolreg").string(), "import",
+                          (root().path() / "data" / "default.reg").string()},
+                         root().env());
+        ASSERT_EQ(r.status, 0) << r.err;
+    }
+
+    // A stored REG_DWORD as decimal text, a REG_SZ as its text, or "<missing>".
+    static std::string Stored(const std::string& key, const char* name) {
+        DWORD type = 0;
+        BYTE data[1024];
+        DWORD size = sizeof data;
+        if (!RegReadEx(HKEY_LOCAL_MACHINE, key.c_str(), name, &type, &size, data))
+            return "<missing>";
+        if (type == REG_DWORD)
+            return std::to_string(*reinterpret_cast<const DWORD*>(data));
+        return std::string(reinterpret_cast<const char*>(data));
+    }
+    // Every value below SOFTWARE\Tavik as zolreg exports it: a failed call must leave it equal.
+    std::string Snapshot() const {
+        const zoltest::RunResult r =
+            zoltest::run({root().bin("zolreg").string(), "export", "HKLM\\SOFTWARE\\Tavik",
+                          (root().path() / "snapshot.reg").string(), "/y"},
+                         root().env());
+        EXPECT_EQ(r.status, 0) << r.err;
+        return zoltest::readFile(root().path() / "snapshot.reg");
+    }
+};
+
+}  // namespace svctest
