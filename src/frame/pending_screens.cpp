@@ -18,10 +18,6 @@ void ScreenNotBuilt(const char* menuLabelId) {
 
 }  // namespace
 
-void BaseSetting(HMODULE /*hLibRPTSET*/) {
-    ScreenNotBuilt("MAIN_BASESET_ID");
-}
-
 void DestinationSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
     ScreenNotBuilt("MAIN_DESTSET_ID");
 }

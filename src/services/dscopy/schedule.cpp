@@ -1,7 +1,6 @@
-// Report schedule text <-> hour mask.
+// Report schedule text <-> hour mask. Plain pointer loops without allocation: the conversions
+// run for every mask in the tests and for every schedule the screens show.
 #include "schedule.h"
-
-#include <cctype>
 
 namespace dscopy {
 
@@ -9,80 +8,90 @@ namespace {
 
 constexpr int kHours = 24;
 
-bool HourSet(std::uint32_t mask, int hour) {
-    return (mask >> hour) & 1u;
+// Writes an hour (0-23) in decimal at p, returns the position after it.
+char* PutHour(char* p, int hour) {
+    if (hour >= 10)
+        *p++ = static_cast<char>('0' + hour / 10);
+    *p++ = static_cast<char>('0' + hour % 10);
+    return p;
 }
 
-// Reads an hour number (0-23) at text[pos], skipping blanks before and after it.
-std::optional<int> ReadHour(std::string_view text, std::size_t& pos) {
-    while (pos < text.size() && text[pos] == ' ')
-        ++pos;
+// Reads an hour number (0-23) at p, skipping blanks before and after it; -1 when there is none.
+int ReadHour(const char*& p, const char* end) {
+    while (p < end && *p == ' ')
+        ++p;
     int value = 0;
-    std::size_t digits = 0;
-    while (pos < text.size() && std::isdigit(static_cast<unsigned char>(text[pos]))) {
-        value = value * 10 + (text[pos] - '0');
-        ++pos;
+    int digits = 0;
+    while (p < end && *p >= '0' && *p <= '9') {
+        value = value * 10 + (*p - '0');
+        ++p;
         // Two digits are enough for any hour; more (even "007") is not an hour.
         if (++digits > 2)
-            return std::nullopt;
+            return -1;
     }
-    while (pos < text.size() && text[pos] == ' ')
-        ++pos;
-    if (digits == 0 || value >= kHours)
-        return std::nullopt;
-    return value;
+    while (p < end && *p == ' ')
+        ++p;
+    return digits == 0 || value >= kHours ? -1 : value;
+}
+
+// The hours first..last, both included, running over midnight when last < first.
+std::uint32_t RangeBits(int first, int last) {
+    const std::uint32_t fromFirst = kAllHours & ~((1u << first) - 1u);
+    const std::uint32_t toLast = (1u << (last + 1)) - 1u;
+    return first <= last ? fromFirst & toLast : fromFirst | toLast;
 }
 
 }  // namespace
 
-std::string MaskToText(std::uint32_t mask) {
-    std::string text;
-    int hour = 0;
-    while (hour < kHours) {
-        if (!HourSet(mask, hour)) {
-            ++hour;
-            continue;
-        }
-        const int first = hour;
-        while (hour + 1 < kHours && HourSet(mask, hour + 1))
-            ++hour;
-        if (!text.empty())
-            text += ',';
-        text += std::to_string(first) + '-' + std::to_string(hour);
-        ++hour;
+std::size_t WriteMaskText(std::uint32_t mask, char* text) {
+    char* p = text;
+    mask &= kAllHours;
+    // Jump from run to run: the first set hour, then the first clear one after it.
+    while (mask != 0) {
+        const int first = __builtin_ctz(mask);
+        const int end = __builtin_ctz(~mask & ~((1u << first) - 1u));  // bit 24 is always clear
+        if (p != text)
+            *p++ = ',';
+        p = PutHour(p, first);
+        *p++ = '-';
+        p = PutHour(p, end - 1);
+        mask &= ~((1u << end) - 1u);
     }
-    return text;
+    *p = '\0';
+    return static_cast<std::size_t>(p - text);
+}
+
+std::string MaskToText(std::uint32_t mask) {
+    char text[kMaxTextSize];
+    return std::string(text, WriteMaskText(mask, text));
 }
 
 std::optional<std::uint32_t> TextToMask(std::string_view text) {
-    std::uint32_t mask = 0;
+    const char* p = text.data();
+    const char* const end = p + text.size();
     // Blanks alone are the empty schedule, like the empty text.
-    if (text.find_first_not_of(' ') == std::string_view::npos)
-        return mask;
-    std::size_t pos = 0;
-    while (true) {
-        const std::optional<int> first = ReadHour(text, pos);
-        if (!first)
+    const char* q = p;
+    while (q < end && *q == ' ')
+        ++q;
+    if (q == end)
+        return 0u;
+    std::uint32_t mask = 0;
+    for (;;) {
+        const int first = ReadHour(p, end);
+        if (first < 0)
             return std::nullopt;
-        int last = *first;
-        if (pos < text.size() && text[pos] == '-') {
-            ++pos;
-            const std::optional<int> end = ReadHour(text, pos);
-            if (!end)
+        int last = first;
+        if (p < end && *p == '-') {
+            ++p;
+            if ((last = ReadHour(p, end)) < 0)
                 return std::nullopt;
-            last = *end;
         }
-        // first..last inclusive, running over midnight when last < first.
-        for (int hour = *first;; hour = (hour + 1) % kHours) {
-            mask |= 1u << hour;
-            if (hour == last)
-                break;
-        }
-        if (pos == text.size())
+        mask |= RangeBits(first, last);
+        if (p == end)
             return mask;
-        if (text[pos] != ',')
+        if (*p != ',')
             return std::nullopt;
-        ++pos;
+        ++p;
     }
 }
 

@@ -22,7 +22,7 @@ namespace {
 
 constexpr const char* kBaseKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting";
 constexpr const char* kMethodKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method";
-constexpr const char* kInternetMailBasePath =
+constexpr char kInternetMailBasePath[] =
     "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet "
     "Mail)\\Setting";
 constexpr const char* kInternetMailModeValue = "InternetMailMode";
@@ -313,8 +313,7 @@ extern "C" ZOLWIN_API int AMAMGetBaseRegPath(char* path) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return FALSE.");
         return 0;
     }
-    static_assert(sizeof "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport("
-                         "Internet Mail)\\Setting" <= BASE_REG_PATH_SIZE);
+    static_assert(sizeof kInternetMailBasePath <= BASE_REG_PATH_SIZE);
     std::strcpy(path, kInternetMailBasePath);
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE. %s", path);
     return 1;

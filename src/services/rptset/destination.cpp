@@ -7,35 +7,18 @@
 #include <string>
 #include <type_traits>
 
+#include "dest_fields.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
 
-constexpr const char* kIDListKey = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
-
-struct TextField {
-    const char* value;
-    char (DestData::*field)[DEST_TEXT_SIZE];
-};
-struct NumberField {
-    const char* value;
-    uint32_t DestData::*field;
-};
-
-constexpr TextField kTextFields[] = {
-    {"Method", &DestData::Method},   {"Reserved", &DestData::Reserved},
-    {"Address", &DestData::Address}, {"Phone", &DestData::Phone},
-    {"User", &DestData::User},
-};
-constexpr NumberField kNumberFields[] = {
-    {"Port", &DestData::Port},
-    {"HourMask", &DestData::HourMask},
-    {"RetryInterval", &DestData::RetryInterval},
-    {"RetryTime", &DestData::RetryTime},
-    {"ScheduleFlag", &DestData::ScheduleFlag},
-};
-constexpr const char* kPasswordValue = "Password";
+using rptset::kIDListKey;
+using TextField = rptset::DestTextField;
+using NumberField = rptset::DestNumberField;
+constexpr const auto& kTextFields = rptset::kDestTextFields;
+constexpr const auto& kNumberFields = rptset::kDestNumberFields;
+constexpr const char* kPasswordValue = rptset::kDestPasswordValue;
 
 // Notes a value that could not be used as stored; the record keeps going with its default (or
 // the cut text) so that one bad value does not hide the whole destination list.

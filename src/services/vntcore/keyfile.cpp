@@ -255,7 +255,7 @@ KeyResult ParseKeyFile(std::string_view bytes, KeyFloppy* out) {
     std::string_view content = bytes;
     if (content.ends_with('\n'))
         content.remove_suffix(1);
-    const std::size_t lastStart = content.rfind('\n') + 1;
+    const std::size_t lastStart = content.rfind('\n') + 1;  // 0 when there is one line only
     const std::string_view last = WithoutCR(content.substr(lastStart));
     const std::string checksumPrefix = std::string(kKeyChecksumName) + "=";
     if (lastStart <= firstEnd || !last.starts_with(checksumPrefix) ||

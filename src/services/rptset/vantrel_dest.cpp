@@ -1,0 +1,276 @@
+// rptset.dll: the remote report service's destination. Its mail settings and manager address
+// live in ID_LIST\VantrelReport\Address, its schedule record in ID_LIST\VantrelReport like any
+// destination's (docs/registry.md, "Destinations (rptset.dll)"). Sending test reports belongs
+// to the delivery libraries, which this version does not have.
+#include <iconv.h>
+#include <strings.h>
+
+#include <zolwin.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "dest_fields.h"
+#include "dest_store.h"
+#include "regvalue.h"
+#include "rptset_api.h"
+
+namespace {
+
+constexpr const char* kAddressKey =
+    "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\VantrelReport\\Address";
+constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+constexpr const char* kSetupKey = "SOFTWARE\\Tavik\\VNTService\\SETUP";
+
+// The mail settings of VxMLDestData, value by value.
+struct MailText {
+    const char* value;
+    char (VxMLDestData::*field)[VNT_MAILTO_SIZE];
+};
+constexpr MailText kMailTexts[] = {{"ETo", &VxMLDestData::MailTo},
+                                   {"ESubject", &VxMLDestData::Subject}};
+constexpr const char* kOpeningValue = "EOpening";
+constexpr const char* kManagerIPValue = "ManagerIP";
+
+// The destination IDs of the remote report service begin with this (any case).
+constexpr const char* kVantrelPrefix = "VANTRELREPORT";
+
+// Administrator texts in English and Japanese (written here in UTF-8, handed out in EUC-JP,
+// the program's encoding in Japanese).
+struct Texts {
+    const char* english;
+    const char* japanese;
+};
+constexpr Texts kNoKeyFloppy = {
+    "The key floppy has not been read: the service centre address is not set.",
+    "キーフロッピーが読み込まれていません。サービスセンターのアドレスは未設定です。"};
+constexpr Texts kNoCentre = {"The key floppy held no service centre address.",
+                             "キーフロッピーにサービスセンターのアドレスがありません。"};
+constexpr Texts kCentre = {"Reports go to the service centre at %s.",
+                           "通報はサービスセンター (%s) に送られます。"};
+constexpr Texts kNoDelivery = {
+    "Sending reports is not available in this version: no delivery library is installed.",
+    "このバージョンでは通報を送信できません。送信ライブラリがインストールされていません。"};
+
+std::string ToEucJp(const std::string& utf8) {
+    iconv_t cd = iconv_open("EUC-JP", "UTF-8");
+    if (cd == reinterpret_cast<iconv_t>(-1))
+        return {};
+    std::string out(utf8.size() * 2 + 1, '\0');
+    char* in = const_cast<char*>(utf8.data());
+    std::size_t inLeft = utf8.size();
+    char* outPtr = out.data();
+    std::size_t outLeft = out.size();
+    const std::size_t rc = iconv(cd, &in, &inLeft, &outPtr, &outLeft);
+    iconv_close(cd);
+    if (rc == static_cast<std::size_t>(-1))
+        return {};
+    out.resize(out.size() - outLeft);
+    return out;
+}
+
+// A malloc'd copy of the text in the system language (the caller frees it), with one "%s"
+// filled by arg when given; null when out of memory.
+char* MallocText(const Texts& texts, const std::string& arg = {}) {
+    const bool japanese = GetSystemDefaultLangID() == LANGID_JAPANESE;
+    std::string text = japanese ? texts.japanese : texts.english;
+    const std::size_t at = text.find("%s");
+    if (at != std::string::npos)
+        text.replace(at, 2, arg);
+    if (japanese) {
+        // The argument (a mail address) is ASCII; a failed conversion falls back to English.
+        std::string euc = ToEucJp(text);
+        if (euc.empty()) {
+            text = texts.english;
+            if (const std::size_t en = text.find("%s"); en != std::string::npos)
+                text.replace(en, 2, arg);
+        } else {
+            text = std::move(euc);
+        }
+    }
+    return strdup(text.c_str());
+}
+
+// Reads a REG_SZ value of key into out (size bytes); false when missing, of another type or
+// longer than the buffer (out is then "").
+bool ReadTextInto(HKEY key, const char* name, char* out, std::size_t size) {
+    out[0] = '\0';
+    if (rptset::ReadTextField(key, name, out, size) == rptset::ValueRead::Ok)
+        return true;
+    out[0] = '\0';
+    return false;
+}
+
+// The text of the service's set-up state for the administrator.
+char* SetupStateMessage() {
+    rptset::Key service;
+    uint32_t keyFloppyRead = 0;
+    if (service.OpenRead(HKEY_LOCAL_MACHINE, kServiceKey) == ERROR_SUCCESS)
+        rptset::ReadDword(service.get(), "InstVantrelKeyFD", &keyFloppyRead);
+    if (keyFloppyRead != 1)
+        return MallocText(kNoKeyFloppy);
+    rptset::Key setup;
+    std::string centre;
+    if (setup.OpenRead(HKEY_LOCAL_MACHINE, kSetupKey) == ERROR_SUCCESS)
+        rptset::ReadText(setup.get(), "MAILADRS", &centre);
+    return centre.empty() ? MallocText(kNoCentre) : MallocText(kCentre, centre);
+}
+
+bool IsVantrelID(const char* id) {
+    return strncasecmp(id, kVantrelPrefix, std::strlen(kVantrelPrefix)) == 0;
+}
+
+// Writes the mail settings into the open Address key.
+LONG WriteMail(HKEY address, const VxMLDestData& mail) {
+    for (const MailText& t : kMailTexts) {
+        const LONG rc = rptset::WriteTextField(address, t.value, mail.*t.field, VNT_MAILTO_SIZE);
+        if (rc != ERROR_SUCCESS)
+            return rc;
+    }
+    return rptset::WriteDword(address, kOpeningValue, mail.Opening);
+}
+
+// Writes record over the existing remote-report destination it names.
+LONG WriteRecord(const DestData& record) {
+    if (!rptset::StorableID(record.ID) || !IsVantrelID(record.ID))
+        return ERROR_INVALID_PARAMETER;
+    rptset::WriteKey idList;
+    LONG rc = idList.Open(HKEY_LOCAL_MACHINE, rptset::kIDListKey);
+    std::vector<std::string> names;
+    if (rc != ERROR_SUCCESS || (rc = rptset::SubkeyNames(idList.get(), &names)) != 0)
+        return rc;
+    for (const std::string& name : names) {
+        if (rptset::EqualsNoCase(name.c_str(), record.ID))
+            return rptset::WriteDestination(idList.get(), name.c_str(), record);
+    }
+    return ERROR_FILE_NOT_FOUND;
+}
+
+}  // namespace
+
+extern "C" ZOLWIN_API int GetVntTo(char* out) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    if (out == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return 0.");
+        return 0;
+    }
+    rptset::Key address;
+    // An empty ETo is a success: no address has been set yet, and the caller shows that.
+    if (address.OpenRead(HKEY_LOCAL_MACHINE, kAddressKey) != ERROR_SUCCESS ||
+        !ReadTextInto(address.get(), "ETo", out, VNT_MAILTO_SIZE)) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<ETo missing or unreadable.return 0.");
+        return 0;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 1.");
+    return 1;
+}
+static_assert(std::is_same_v<decltype(GetVntTo), GetVntTo_fn>);
+
+extern "C" ZOLWIN_API int GetManagerIP(char* out) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    if (out == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return -1.");
+        return -1;
+    }
+    rptset::Key address;
+    if (address.OpenRead(HKEY_LOCAL_MACHINE, kAddressKey) != ERROR_SUCCESS ||
+        !ReadTextInto(address.get(), kManagerIPValue, out, VNT_MAILTO_SIZE) || out[0] == '\0') {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<ManagerIP missing, empty or unreadable.return -1.");
+        return -1;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
+    return 0;
+}
+static_assert(std::is_same_v<decltype(GetManagerIP), GetManagerIP_fn>);
+
+extern "C" ZOLWIN_API int GetAMAMDeseSetting(VxMLDestData* mail, char** message) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    if (message != nullptr)
+        *message = nullptr;
+    if (mail == nullptr || message == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return 0.");
+        return 0;
+    }
+    rptset::Key address;
+    if (address.OpenRead(HKEY_LOCAL_MACHINE, kAddressKey) != ERROR_SUCCESS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<open %s failed.return 0.", kAddressKey);
+        return 0;
+    }
+    // Filled aside: a failed read leaves the caller's record as it was. Missing values (and
+    // values of another type) read as a new installation's: empty texts, no opening report.
+    VxMLDestData fresh{};
+    for (const MailText& t : kMailTexts) {
+        if (rptset::ReadTextField(address.get(), t.value, fresh.*t.field, VNT_MAILTO_SIZE) ==
+            rptset::ValueRead::Failed) {
+            ZOL_TRACE(TRACE_LEVEL_ERROR, "<read of %s failed.return 0.", t.value);
+            return 0;
+        }
+    }
+    if (rptset::ReadDword(address.get(), kOpeningValue, &fresh.Opening) ==
+        rptset::ValueRead::Failed) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<read of %s failed.return 0.", kOpeningValue);
+        return 0;
+    }
+    *message = SetupStateMessage();
+    if (*message == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc message failed.return 0.");
+        return 0;
+    }
+    *mail = fresh;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 1.");
+    return 1;
+}
+static_assert(std::is_same_v<decltype(GetAMAMDeseSetting), GetAMAMDeseSetting_fn>);
+
+extern "C" ZOLWIN_API int SetAMAMDeseSetting(const VxMLDestData* mail, DestData* record,
+                                             int recordOnly) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> recordOnly=%d", recordOnly);
+    if (record == nullptr || (recordOnly == 0 && mail == nullptr)) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return 0.");
+        return 0;
+    }
+    rptset::Transaction transaction;
+    LONG rc = transaction.status();
+    if (rc == ERROR_SUCCESS && recordOnly == 0) {
+        rptset::WriteKey address;
+        rc = address.Create(HKEY_LOCAL_MACHINE, kAddressKey);
+        if (rc == ERROR_SUCCESS)
+            rc = WriteMail(address.get(), *mail);
+    }
+    if (rc == ERROR_SUCCESS)
+        rc = WriteRecord(*record);
+    if (rc == ERROR_SUCCESS)
+        rc = transaction.Commit();
+    if (rc != ERROR_SUCCESS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<write failed (%d).return 0.", static_cast<int>(rc));
+        return 0;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 1.");
+    return 1;
+}
+static_assert(std::is_same_v<decltype(SetAMAMDeseSetting), SetAMAMDeseSetting_fn>);
+
+// Both test-report entry points need a delivery library; until one exists they say so.
+namespace {
+int NoDelivery(const char* id, char** errorText) {
+    if (errorText != nullptr)
+        *errorText = MallocText(kNoDelivery);
+    ZOL_TRACE(TRACE_LEVEL_ERROR, "<no delivery library for %s.return -1.", id ? id : "(null)");
+    return -1;
+}
+}  // namespace
+
+extern "C" ZOLWIN_API int AMAMVantrelTestReport(const char* id, char** errorText) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    return NoDelivery(id, errorText);
+}
+static_assert(std::is_same_v<decltype(AMAMVantrelTestReport), AMAMVantrelTestReport_fn>);
+
+extern "C" ZOLWIN_API int TestFatalReport(const char* id, char** errorText) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    return NoDelivery(id, errorText);
+}
+static_assert(std::is_same_v<decltype(TestFatalReport), TestFatalReport_fn>);

@@ -1,0 +1,94 @@
+// Store access shared by the remote report service's record and list functions of rptset.dll:
+// transactions, value readers that fall back to defaults, a key writer, and the numbered lists.
+#pragma once
+
+#include <zolwin.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace rptset::vnt {
+
+inline constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+inline constexpr const char* kSetupKey = "SOFTWARE\\Tavik\\VNTService\\SETUP";
+inline constexpr const char* kSettingKey = "SOFTWARE\\Tavik\\VNTService\\SETTING";
+inline constexpr const char* kOSListKey = "SOFTWARE\\Tavik\\VNTService\\LIST\\OS";
+inline constexpr const char* kVendorListKey = "SOFTWARE\\Tavik\\VNTService\\LIST\\VENDOR";
+inline constexpr const char* kOptionListKey = "SOFTWARE\\Tavik\\VNTService\\LIST\\OPTION";
+
+// Length of the longest start of text that has at most limit bytes and does not end inside an
+// EUC-JP character, so that a cut never leaves half a kanji behind.
+std::size_t EucPrefixLength(std::string_view text, std::size_t limit);
+
+// A store transaction that is rolled back unless committed. Readers commit too: a read-only
+// transaction writes nothing, and a rollback would spoil a caller's own outer transaction.
+class Transaction {
+  public:
+    Transaction() : begun_(ZolRegBeginTransaction()) {}
+    ~Transaction();
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    LONG Begun() const { return begun_; }
+    LONG Commit();
+
+  private:
+    LONG begun_;
+    bool ended_ = false;
+};
+
+// A key opened for reading that may be missing: a missing key reads as all defaults.
+class ReadKey {
+  public:
+    ReadKey() = default;
+    ~ReadKey();
+    ReadKey(const ReadKey&) = delete;
+    ReadKey& operator=(const ReadKey&) = delete;
+
+    // ERROR_SUCCESS also when the key does not exist (get() is then null).
+    LONG Open(const char* path);
+    HKEY get() const { return key_; }
+
+  private:
+    HKEY key_ = nullptr;
+};
+
+// Reads text value `name` of key into field (size bytes). A missing key or value leaves the
+// field as it is (its default); so does a value of another type, which is traced. A longer text
+// is cut on a character boundary and traced. false only when the store could not be read.
+bool ReadTextValue(const ReadKey& key, const char* keyPath, const char* name, char* field,
+                   std::size_t size);
+// The same for a REG_DWORD value.
+bool ReadDwordValue(const ReadKey& key, const char* keyPath, const char* name, uint32_t* out);
+
+// A key opened, or created, for writing inside the caller's transaction.
+class WriteKey {
+  public:
+    WriteKey() = default;
+    ~WriteKey();
+    WriteKey(const WriteKey&) = delete;
+    WriteKey& operator=(const WriteKey&) = delete;
+
+    LONG Create(const char* path);
+    // Writes text with its terminating zero.
+    LONG Text(const char* name, const char* text);
+    LONG Dword(const char* name, uint32_t value);
+
+  private:
+    HKEY key_ = nullptr;
+};
+
+// Reads a list key: its REG_SZ values named "000", "001", ... in that order up to the first
+// missing number, at most max entries. An entry of another type ends the list there; entries
+// beyond max and over-long names (cut to fit a VNT_TEXT_SIZE field) are traced. A missing key is
+// an empty list. false only when the store could not be read.
+bool ReadList(const char* keyPath, int max, std::vector<std::string>* names);
+
+// Copies names into the caller's buffers of VNT_TEXT_SIZE bytes and sets *count. Refuses (false,
+// nothing written) when a buffer the list needs is null.
+bool FillNames(const std::vector<std::string>& names, char** out, int* count);
+
+}  // namespace rptset::vnt
