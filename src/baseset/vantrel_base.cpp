@@ -120,6 +120,9 @@ void openMethodSettings(HINSTANCE lib, int chosen) {
 
 enum BaseControlId : int { kBaseOkId = 1, kBaseCancelId, kSuppressId };
 
+// Ctrl-O closes a screen as its Cancel button does, as the help line says.
+constexpr int kCloseKey = 15;
+
 // ---- Internet-mail base screen ----
 
 enum MailControlId : int { kMailOkId = 1, kMailCancelId, kLoginId };
@@ -153,7 +156,7 @@ int VantrelBaseSetting(HINSTANCE hLibRPTSET) {
         BaseData record;
         const RecordRead read = readRecord(hLibRPTSET, storedMethod, record);
         if (read == RecordRead::Unbound) {
-            ShowFuncCallErr("InitBaseSetting");
+            // The base-setting menu reports the failed screen.
             ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitBaseSetting failed.return -1.");
             return -1;
         }
@@ -196,6 +199,7 @@ int VantrelBaseSetting(HINSTANCE hLibRPTSET) {
     grid.set(0, 2, std::move(methods), {}, NEWT_ANCHOR_LEFT);
     grid.set(0, 3, std::move(buttons), {.top = 1});
     window.openWrapped(grid, MessageText("BASE_REPORT_VANTREL_ID"));
+    form.addHotKey(kCloseKey);
 
     for (;;) {
         const zolui::RunResult result = form.run();
@@ -297,7 +301,7 @@ int IMailBaseSetting(HINSTANCE hLibRPTSET) {
     options.set(0, 0, optLabel, {}, NEWT_ANCHOR_LEFT);
     options.set(0, 1, pop, {.left = 2}, NEWT_ANCHOR_LEFT);
     options.set(0, 2, auth, {.left = 2}, NEWT_ANCHOR_LEFT);
-    options.set(0, 3, login, {.left = 2}, NEWT_ANCHOR_LEFT);
+    options.set(0, 3, login, {.left = 1}, NEWT_ANCHOR_LEFT);
     zolui::Grid buttons(2, 1);
     buttons.set(0, 0, ok, {.right = 4});
     buttons.set(1, 0, cancel);
@@ -306,6 +310,7 @@ int IMailBaseSetting(HINSTANCE hLibRPTSET) {
     grid.set(0, 1, std::move(options), {.top = 1}, NEWT_ANCHOR_LEFT);
     grid.set(0, 2, std::move(buttons), {.top = 1});
     window.openWrapped(grid, text("VNT_BASE_IMAIL_ID"));
+    form.addHotKey(kCloseKey);
 
     for (;;) {
         const zolui::RunResult result = form.run();

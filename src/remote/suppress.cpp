@@ -26,14 +26,16 @@ std::optional<std::uint32_t> ParseSuppressInterval(std::string_view text) {
 }
 
 void vntSuppressBtnCallBack(newtComponent /*checkbox*/, void* data) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] data=%p", data);
     const auto* state = static_cast<const SuppressCheckState*>(data);
-    if (state == nullptr || state->checkValue == nullptr || state->intervalEntry == nullptr)
+    if (state == nullptr || state->checkValue == nullptr || state->intervalEntry == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]param error.");
         return;
+    }
     const bool checked = *state->checkValue != ' ';
     newtEntrySetFlags(state->intervalEntry, NEWT_FLAG_DISABLED,
                       checked ? NEWT_FLAGS_RESET : NEWT_FLAGS_SET);
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "suppression check box %s: interval entry %s.",
-              checked ? "checked" : "cleared", checked ? "enabled" : "disabled");
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<interval entry %s.", checked ? "enabled" : "disabled");
 }
 
 int vntSuppressSet() {

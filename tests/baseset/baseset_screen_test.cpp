@@ -140,8 +140,13 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
         EXPECT_EQ(t->findRow(english(root, "BASE_OTHER_ID")), first + 5) << t->dump();
         EXPECT_EQ(t->findRow(english(root, "BASE_OTHER_SHUTDOWN_ID")), first + 7) << t->dump();
         OpenReportRow(*t, root, 3, "BASE_REPORT_VANTREL_ID");
-        t->send(keys::Enter);
-        ASSERT_TRUE(t->waitForNoText(english(root, "SCREEN_NOT_BUILT_ID"))) << t->dump();
+        // The remote report base screen is drawn once the cursor stands on its first check box.
+        const std::string enable = english(root, "VNT_SUB_ENABLE_ID");
+        ASSERT_TRUE(t->waitFor([&](const zoltest::Terminal& s) {
+            return s.findRow(enable) >= 0 && s.cursor().first == s.findRow(enable);
+        })) << t->dump();
+        t->send(keys::CtrlO);
+        ASSERT_TRUE(t->waitForNoText(enable)) << t->dump();
         EXPECT_TRUE(t->contains(english(root, "TITTLE_BASE_ID"))) << t->dump();
         // Close ends the menu.
         t->send(keys::Tab);

@@ -1,0 +1,439 @@
+// The remote report service's base screens, the mail-server login dialog and the suppression
+// dialog as an administrator meets them: ZOLamsadm in an 80x25 terminal, entered through the main
+// menu and the base-setting menu, keys sent, the screen read back and the store checked after.
+#include <gtest/gtest.h>
+#include <zolwin.h>
+
+#include <cstring>
+#include <string>
+
+#include "frame/textformat.h"
+#include "frame_test_util.h"
+
+namespace {
+
+namespace keys = zoltest::keys;
+using frametest::english;
+using zoltest::ProductRoot;
+using zoltest::Terminal;
+
+const std::string kLoginKey =
+    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
+const std::string kMethodKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method\\";
+const std::string kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+const std::string kSettingKey = kServiceKey + "\\SETTING";
+
+// ---- The store, read as the libraries read it ----
+
+// A value's bytes as stored (texts with their terminator); "?" when it cannot be read.
+std::string stored(const ProductRoot& root, const std::string& key, const char* name) {
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    std::string value = "?";
+    HKEY handle = nullptr;
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, 0x20019, &handle) == ERROR_SUCCESS) {
+        char data[1024];
+        DWORD type = 0, size = sizeof data;
+        if (RegQueryValueEx(handle, name, nullptr, &type, reinterpret_cast<BYTE*>(data), &size) ==
+            ERROR_SUCCESS)
+            value.assign(data, size);
+        RegCloseKey(handle);
+    }
+    // The program writes between two reads: every read starts from the file.
+    ZolRegCloseStore();
+    return value;
+}
+
+DWORD storedDword(const ProductRoot& root, const std::string& key, const char* name) {
+    const std::string value = stored(root, key, name);
+    DWORD number = 0xFFFFFFFF;  // no value of these screens
+    if (value.size() == sizeof number)
+        std::memcpy(&number, value.data(), sizeof number);
+    return number;
+}
+
+std::string storedText(const ProductRoot& root, const std::string& key, const char* name) {
+    const std::string value = stored(root, key, name);
+    return value.empty() || value.back() != '\0' ? "?" : value.substr(0, value.size() - 1);
+}
+
+DWORD methodEnabled(const ProductRoot& root, const std::string& method) {
+    return storedDword(root, kMethodKey + method, "Enable");
+}
+
+// ---- Keys ----
+
+void tabs(Terminal& t, int count) {
+    for (int i = 0; i < count; ++i)
+        t.send(keys::Tab);
+}
+
+// Empties the focused entry that holds at most `length` characters.
+void clearEntry(Terminal& t, int length) {
+    t.send(keys::End);
+    for (int i = 0; i < length; ++i)
+        t.send(keys::Backspace);
+}
+
+// Waits for a message box showing `text`, drawn to its focused button, and closes it.
+void dismiss(Terminal& t, const std::string& text) {
+    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
+        return s.contains(text) && s.reverseText() == "ok";
+    })) << t.dump();
+    t.send(keys::Enter);
+    // The screen below runs again with the focus on the button that led to the box.
+    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
+        return !s.contains(text) && !s.reverseText().empty() && s.reverseText() != "ok";
+    })) << t.dump();
+}
+
+bool focusedButton(Terminal& t, const std::string& label) {
+    return t.waitFor([&](const Terminal& s) { return s.reverseText() == label; });
+}
+
+// Waits until the cursor stands on the row that shows `label`: the screen holding it is drawn.
+bool cursorOnRow(Terminal& t, const std::string& label, int below = 0) {
+    return t.waitFor([&](const Terminal& s) {
+        const int row = s.findRow(label);
+        return row >= 0 && s.cursor().first == row + below;
+    });
+}
+
+// ---- The way in ----
+
+// The remote report service's base screen, entered from the base-setting menu (its fourth row).
+std::unique_ptr<Terminal> openServiceBase(const ProductRoot& root) {
+    auto t = frametest::startMenu(root);
+    t->send(keys::Enter);
+    EXPECT_TRUE(t->waitForText(english(root, "BASE_REPORT_SNMP_ID"))) << t->dump();
+    for (int i = 0; i < 3; ++i)
+        t->send(keys::Down);
+    t->send(keys::Enter);
+    EXPECT_TRUE(cursorOnRow(*t, english(root, "VNT_SUB_ENABLE_ID"))) << t->dump();
+    return t;
+}
+
+// From the service's base screen with its switch off: switch it on, keep internet mail, OK.
+void enterMailBase(const ProductRoot& root, Terminal& t) {
+    t.send(keys::Space);
+    tabs(t, 6);  // four methods, Suppression, OK
+    ASSERT_TRUE(focusedButton(t, english(root, "BUTTON_OK_ID"))) << t.dump();
+    t.send(keys::Enter);
+    ASSERT_TRUE(cursorOnRow(t, english(root, "IMAIL_BASE_SMTP_ID"))) << t.dump();
+}
+
+// From the internet-mail base screen with the focus on Login settings: toggles the two check
+// boxes as asked (eight and nine Tabs further, past OK, Cancel and the fields), presses Login
+// settings again and waits for the dialog's first field: the POP server while POP before SMTP
+// is checked, else the SMTP account.
+void openLogin(const ProductRoot& root, Terminal& t, bool togglePop, bool toggleAuth, bool popOn) {
+    tabs(t, 8);
+    if (togglePop)
+        t.send(keys::Space);
+    t.send(keys::Tab);
+    if (toggleAuth)
+        t.send(keys::Space);
+    t.send(keys::Tab);
+    // The dialog first shows as an empty window; it is ready once the cursor is in its field.
+    const std::string title = english(root, "POP_SETTING_TITLE");
+    const std::string first = english(root, popOn ? "POP_MAILSV_ID" : "LABEL_SMTP_TITLE_ID");
+    t.send(keys::Enter);
+    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
+        const int row = s.findRow(first);
+        return s.contains(title) && row >= 0 && s.cursor().first == row + (popOn ? 0 : 1);
+    })) << t.dump();
+}
+
+// Every screen still open, then the main menu, closes on Ctrl-O; the program ends normally.
+void closeAll(Terminal& t) {
+    for (int i = 0; i < 5 && t.running(); ++i) {
+        const std::string before = t.screenText();
+        t.send(keys::CtrlO);
+        t.waitFor([&](const Terminal& s) { return !s.running() || s.screenText() != before; });
+    }
+    ASSERT_TRUE(t.waitForExit()) << t.dump();
+    EXPECT_EQ(t.exitStatus(), 1) << t.dump();
+}
+
+}  // namespace
+
+// On: the chosen method's record alone is enabled with the method, and a method without its own
+// screen says so. Off: the methods cannot be chosen, every record is off, the method stays.
+TEST(VantrelBaseScreen, SwitchAndMethodAreStoredTogether) {
+    ProductRoot root;
+    auto t = openServiceBase(root);
+    const std::string enable = english(root, "VNT_SUB_ENABLE_ID");
+    EXPECT_TRUE(t->contains("[ ] " + enable)) << t->dump();
+    EXPECT_TRUE(t->waitForText("(*) " + english(root, "VNT_BASE_IMAIL_ID"))) << t->dump();
+
+    t->send(keys::Space);
+    tabs(*t, 4);
+    t->send(keys::Space);  // HTTPS
+    tabs(*t, 2);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText("┤ " + english(root, "VNT_BASE_HTTPS_ID") + " ├")) << t->dump();
+    dismiss(*t, english(root, "SCREEN_NOT_BUILT_ID"));
+    ASSERT_TRUE(t->waitForNoText(enable)) << t->dump();
+    EXPECT_EQ(storedDword(root, kServiceKey, "MethodType"), 3u);
+    EXPECT_EQ(methodEnabled(root, "VantrelReport(HTTPS)"), 1u);
+    EXPECT_EQ(methodEnabled(root, "VantrelReport(Internet Mail)"), 0u);
+
+    t->send(keys::Enter);  // the same row of the base-setting menu again
+    ASSERT_TRUE(cursorOnRow(*t, "[*] " + enable)) << t->dump();
+    EXPECT_TRUE(t->waitForText("(*) " + english(root, "VNT_BASE_HTTPS_ID"))) << t->dump();
+    t->send(keys::Space);
+    t->send(keys::Tab);
+    ASSERT_TRUE(focusedButton(*t, english(root, "VNT_BASE_BUTTON_SUPPRESS_ID"))) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(enable)) << t->dump();
+    EXPECT_EQ(methodEnabled(root, "VantrelReport(HTTPS)"), 0u);
+    EXPECT_EQ(storedDword(root, kServiceKey, "MethodType"), 3u);
+    closeAll(*t);
+}
+
+// Each refusal in order leaves the record as stored; the accepted one stores it whole, with the
+// sender's surrounding blanks dropped.
+TEST(VantrelBaseScreen, MailBaseRefusesInOrderThenStoresTheRecord) {
+    ProductRoot root;
+    auto t = openServiceBase(root);
+    enterMailBase(root, *t);
+    EXPECT_EQ(methodEnabled(root, "VantrelReport(Internet Mail)"), 1u);
+
+    tabs(*t, 7);  // Login settings, with neither box checked
+    t->send(keys::Enter);
+    dismiss(*t, english(root, "IMAIL_BASE_LOGIN_ERR1"));
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    dismiss(*t, english(root, "IMAIL_BASE_SMTP_ERR1"));
+
+    tabs(*t, 2);
+    t->type("no-such-host.invalid");
+    tabs(*t, 8);
+    t->send(keys::Enter);
+    dismiss(*t, english(root, "IDS_ERR_INVALID_IPADDRESS"));
+
+    tabs(*t, 2);
+    clearEntry(*t, 20);
+    t->type("127.0.0.1");
+    t->send(keys::Tab);
+    clearEntry(*t, 2);
+    t->type("0");
+    tabs(*t, 7);
+    t->send(keys::Enter);
+    dismiss(*t, english(root, "IMAIL_BASE_PORT_ERR1"));
+
+    tabs(*t, 3);
+    clearEntry(*t, 1);
+    t->type("2525");
+    t->send(keys::Tab);
+    t->type("a b@c");
+    tabs(*t, 2);
+    t->send(keys::Space);  // universal time
+    t->send(keys::Tab);
+    t->send(keys::Space);  // POP before SMTP
+    tabs(*t, 3);
+    t->send(keys::Enter);
+    dismiss(*t, english(root, "IMAIL_BASE_MLFROM_ERR1"));
+    EXPECT_EQ(storedText(root, kLoginKey, "SMTPServer"), "");
+    EXPECT_EQ(storedDword(root, kLoginKey, "SMTPPort"), 25u);
+
+    tabs(*t, 4);
+    clearEntry(*t, 5);
+    t->type(" ops@example.com ");
+    tabs(*t, 6);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(english(root, "IMAIL_BASE_SMTP_ID"))) << t->dump();
+    EXPECT_EQ(storedText(root, kLoginKey, "SMTPServer"), "127.0.0.1");
+    EXPECT_EQ(storedDword(root, kLoginKey, "SMTPPort"), 2525u);
+    EXPECT_EQ(storedText(root, kLoginKey, "MailFrom"), "ops@example.com");
+    EXPECT_EQ(storedDword(root, kLoginKey, "DateFormat"), 1u);
+    EXPECT_EQ(storedDword(root, kLoginKey, "POPBeforeSMTP"), 1u);
+    EXPECT_EQ(storedDword(root, kLoginKey, "SMTPAuth"), 0u);
+    closeAll(*t);
+}
+
+// Both halves: the defaults, every POP refusal in order, the POP half written before the SMTP
+// half is refused, and passwords never on screen and stored only encoded.
+TEST(MailLoginDialog, RefusesInOrderAndStoresPasswordsEncoded) {
+    ProductRoot root;
+    auto t = openServiceBase(root);
+    enterMailBase(root, *t);
+    tabs(*t, 7);
+    openLogin(root, *t, true, true, true);
+    const int portRow = t->findRow(english(root, "POP_PORT_NUM_ID"));
+    EXPECT_NE(t->row(portRow).find(" 110_"), std::string::npos) << t->dump();
+    EXPECT_NE(t->row(portRow + 1).find(" 0_"), std::string::npos) << t->dump();
+    EXPECT_NE(t->row(portRow - 3).find(" " + std::string(30, '_') + " "), std::string::npos)
+        << t->dump();
+
+    // Focus order: server, account, password, port, its Default, wait, its Default, SMTP account,
+    // SMTP password, OK, Cancel. Every round of the dialog hands the terminal back for a moment:
+    // keys typed then would meet a cooked terminal. So after a refusal one Tab is sent and seen
+    // to reach Cancel before the next keys; the server is then one Tab further.
+    auto refused = [&](const char* id) {
+        ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << id << "\n" << t->dump();
+        t->send(keys::Enter);
+        dismiss(*t, english(root, id));
+        t->send(keys::Tab);
+        ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
+    };
+    tabs(*t, 9);
+    refused("POP_MAILSRV_EMPTY");
+    tabs(*t, 1);
+    t->type("no-such-host.invalid");
+    tabs(*t, 9);
+    refused("IDS_ERR_INVALID_IPADDRESS");
+    tabs(*t, 1);
+    clearEntry(*t, 20);
+    t->type("localhost");
+    tabs(*t, 9);
+    refused("POP_ACCOUNT_EMPTY");
+    tabs(*t, 2);
+    t->type("alice");
+    tabs(*t, 8);
+    refused("POP_PASSWORD_EMPTY");
+    tabs(*t, 3);
+    t->type("s3cret");
+    t->send(keys::Tab);
+    clearEntry(*t, 3);
+    tabs(*t, 6);
+    refused("POP_PORT_EMPTY");
+    tabs(*t, 4);
+    t->type("0");
+    tabs(*t, 6);
+    refused("POP_PORT_ERR");
+    tabs(*t, 5);
+    t->send(keys::Enter);  // the port's Default button
+    t->send(keys::Tab);
+    ASSERT_TRUE(t->waitFor([&](const Terminal& s) {
+        return s.row(portRow).find(" 110_") != std::string::npos && s.cursor().first == portRow + 1;
+    })) << t->dump();
+    clearEntry(*t, 1);
+    t->type("61");
+    tabs(*t, 4);
+    refused("LATENCY_TIME_ERR");
+    tabs(*t, 6);
+    clearEntry(*t, 2);
+    t->type("60");
+    tabs(*t, 4);
+    // The POP half is written before the SMTP half is checked.
+    refused("SMTP_ACNT_EMPTY");
+    EXPECT_FALSE(t->contains("s3cret")) << t->dump();
+    EXPECT_EQ(storedText(root, kLoginKey, "POPServer"), "localhost");
+    EXPECT_EQ(storedText(root, kLoginKey, "POPUser"), "alice");
+    EXPECT_EQ(storedDword(root, kLoginKey, "POPPort"), 110u);
+    EXPECT_EQ(storedDword(root, kLoginKey, "POPTime"), 60u);
+    std::string password = storedText(root, kLoginKey, "POPPass");
+    EXPECT_NE(password, "s3cret");
+    Ras_Decode(password.data(), static_cast<int>(password.size()));
+    EXPECT_EQ(password, "s3cret");
+    EXPECT_EQ(storedText(root, kLoginKey, "SMTPAuthUser"), "");
+
+    tabs(*t, 8);
+    t->type("bob");
+    t->send(keys::Tab);
+    t->type("pw-2");
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(english(root, "POP_SETTING_TITLE"))) << t->dump();
+    EXPECT_EQ(storedText(root, kLoginKey, "SMTPAuthUser"), "bob");
+    password = storedText(root, kLoginKey, "SMTPAuthPass");
+    EXPECT_NE(password, "pw-2");
+    Ras_Decode(password.data(), static_cast<int>(password.size()));
+    EXPECT_EQ(password, "pw-2");
+    closeAll(*t);
+}
+
+// One flag at a time: POP only writes the POP half and never looks at the empty SMTP fields;
+// SMTP only starts on the SMTP account, shows the Default controls as plain text and leaves the
+// POP values as they were.
+TEST(MailLoginDialog, EachFlagWritesOnlyItsHalf) {
+    ProductRoot root;
+    auto t = openServiceBase(root);
+    enterMailBase(root, *t);
+    tabs(*t, 7);
+    openLogin(root, *t, true, false, true);
+    t->type("127.0.0.1");
+    t->send(keys::Tab);
+    t->type("u1");
+    t->send(keys::Tab);
+    t->type("p1");
+    tabs(*t, 5);  // port, Default, wait, Default, OK: the SMTP fields take no focus
+    ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(english(root, "POP_SETTING_TITLE"))) << t->dump();
+    EXPECT_EQ(storedText(root, kLoginKey, "POPServer"), "127.0.0.1");
+    EXPECT_EQ(storedText(root, kLoginKey, "SMTPAuthUser"), "");
+
+    openLogin(root, *t, true, true, false);
+    EXPECT_TRUE(t->contains("<" + english(root, "POP_DEFAULT_ID") + ">")) << t->dump();
+    t->type("carol");
+    t->send(keys::Tab);
+    t->type("p3");
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(english(root, "POP_SETTING_TITLE"))) << t->dump();
+    EXPECT_EQ(storedText(root, kLoginKey, "SMTPAuthUser"), "carol");
+    EXPECT_EQ(storedText(root, kLoginKey, "POPServer"), "127.0.0.1");
+    EXPECT_EQ(storedText(root, kLoginKey, "POPUser"), "u1");
+    closeAll(*t);
+}
+
+// 1441 refused, 1440 and 0 stored with suppression on, off stored whatever the disabled entry
+// holds, and a stored mode of 2 keeps the dialog from opening.
+TEST(SuppressionDialog, IntervalLimitsOffAndABadStoredMode) {
+    ProductRoot root;
+    auto t = openServiceBase(root);
+    const std::string title = english(root, "TITLE_VNT_SUPPRESS_ID");
+    const std::string check = english(root, "CHECK_VNT_SUPPRESS_INTERVAL_ID");
+    t->send(keys::Tab);  // the methods are off: Suppression
+    t->send(keys::Enter);
+    ASSERT_TRUE(cursorOnRow(*t, check)) << t->dump();
+    EXPECT_TRUE(t->contains("[ ] " + check)) << t->dump();
+    EXPECT_TRUE(t->contains(" 60___ ")) << t->dump();
+
+    // Focus order: check box, interval (only while checked), OK, Cancel.
+    auto save = [&](const char* minutes, int tabsToEntry) {
+        tabs(*t, tabsToEntry);
+        clearEntry(*t, 4);
+        t->type(minutes);
+        t->send(keys::Tab);
+        t->send(keys::Enter);
+    };
+    t->send(keys::Space);
+    save("1441", 1);
+    dismiss(*t, english(root, "MSG_VNT_SUPPRESS_INTERVAL_ERR_ID"));
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressMode"), 0u);
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressInterval"), 60u);
+    save("1440", 3);
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressMode"), 1u);
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressInterval"), 1440u);
+
+    t->send(keys::Enter);
+    ASSERT_TRUE(cursorOnRow(*t, "[*] " + check)) << t->dump();
+    save("0", 1);
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressInterval"), 0u);
+
+    t->send(keys::Enter);
+    ASSERT_TRUE(cursorOnRow(*t, check)) << t->dump();
+    t->send(keys::Tab);
+    t->type("999");
+    tabs(*t, 3);
+    t->send(keys::Space);  // off: the entry is disabled and skipped
+    t->send(keys::Tab);
+    ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressMode"), 0u);
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressInterval"), 0u);
+
+    frametest::zolreg(root, {"add", "HKLM\\" + kSettingKey, "/v", "VntSuppressMode", "/t",
+                             "REG_DWORD", "/d", "2", "/f"});
+    t->send(keys::Enter);
+    dismiss(*t, FormatText(english(root, "FUNC_CALL_ERR"), {"vntSuppressSet"}));
+    EXPECT_FALSE(t->contains(title)) << t->dump();
+    EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressMode"), 2u);
+    closeAll(*t);
+}
