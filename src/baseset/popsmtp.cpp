@@ -4,15 +4,14 @@
 #include "baseset/popsmtp.h"
 
 #include <newt.h>
+#include <string.h>  // explicit_bzero: a wipe the compiler keeps
 
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <string>
-#include <type_traits>
 
 #include "baseset/address_check.h"
-#include "baseset/baseset.h"
 #include "baseset/mailserver_input.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
@@ -71,7 +70,7 @@ class RecordWriter {
         Ras_Encode(encoded.data(), static_cast<int>(length));
         text(value, encoded.data());
         // The plain text does not linger in a second buffer.
-        std::memset(encoded.data(), 0, encoded.size());
+        explicit_bzero(encoded.data(), encoded.size());
     }
     void dword(const char* value, DWORD data) {
         check(value,
@@ -152,8 +151,8 @@ class LoginDialog {
         GetSMTPParam(lib_, &smtpRecord);
         build(popRecord, wait, smtpRecord);
         // The records held the passwords in plain text; the entries hold them from here on.
-        std::memset(&popRecord, 0, sizeof popRecord);
-        std::memset(&smtpRecord, 0, sizeof smtpRecord);
+        explicit_bzero(&popRecord, sizeof popRecord);
+        explicit_bzero(&smtpRecord, sizeof smtpRecord);
         loop();
     }
 
@@ -254,13 +253,14 @@ class LoginDialog {
 
     void loop() {
         for (;;) {
-            // Every round gives the terminal back and takes it again, so that whatever a mail
-            // check wrote to it is painted over before the form is drawn.
+            // Every round hands the terminal back and takes it again. Taking it back repaints the
+            // whole screen, so anything written to the terminal behind newt's back (by the name
+            // look-up of the server check, say) is painted over before the form is drawn.
             { zolui::Suspended handBack; }
             newtDrawForm(form_.get());
             const zolui::RunResult result = form_.run();
-            if (result.reason != zolui::RunResult::Reason::Component || result.id == kCancelId ||
-                result.id == zolui::kNoId)
+            // Cancel, or a hot key (F12), closes without writing.
+            if (result.reason != zolui::RunResult::Reason::Component || result.id == kCancelId)
                 return;
             if (result.id == kPortDefaultId) {
                 zolui::setEntryText(port_, std::to_string(kDefaultPopPort));
@@ -270,7 +270,7 @@ class LoginDialog {
                 zolui::setEntryText(wait_, std::to_string(kDefaultPopWait));
                 continue;
             }
-            if (save())
+            if (result.id == kOkId && save())
                 return;
         }
     }
@@ -298,7 +298,7 @@ class LoginDialog {
                 return false;
             }
             const int written = PutPopParam(lib_, &record, wait);
-            std::memset(&record, 0, sizeof record);
+            explicit_bzero(&record, sizeof record);
             if (written == -1)
                 showWriteError("PutPopParam");
         }
@@ -311,7 +311,7 @@ class LoginDialog {
             return false;
         }
         const int written = PutSMTPParam(lib_, &record);
-        std::memset(&record, 0, sizeof record);
+        explicit_bzero(&record, sizeof record);
         if (written == -1)
             showWriteError("PutSMTPParam");
         return true;
