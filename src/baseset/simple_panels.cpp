@@ -33,7 +33,7 @@ void ShowDelayRangeError() {
     msgWindow(title.c_str(), " ok ", text.c_str());
 }
 
-// A Range-enable record that governs the delay entry for the panel's life only.
+// The range-enable record governing the delay entry for the panel's life only.
 class DelayEntryRange {
   public:
     DelayEntryRange(newtComponent entry, char* mark) : fields_{entry} {
