@@ -174,6 +174,8 @@ int SubSNMPPanel(HMODULE hLibRPTSET) {
         ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc CPBaseData3 Failed,return %d.", -1);
         return -1;
     }
+    // Any result but 0 means the record was not read (a missing function, no such method, a
+    // store error): the panel never offers to write a record it could not read.
     if (InitBaseSetting(hLibRPTSET, record.get()) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitBaseSetting() failed.return %d.", -1);
         return -1;
