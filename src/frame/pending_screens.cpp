@@ -2,6 +2,7 @@
 // with its menu label. Each is its own function so that it goes away when its screen arrives.
 #include <string>
 
+#include "baseset/baseset.h"
 #include "frame/menu.h"
 #include "frame/msgfile.h"
 #include "ui/toolkit.h"
@@ -17,10 +18,6 @@ void ScreenNotBuilt(const char* menuLabelId) {
 
 }  // namespace
 
-void BaseSetting(HMODULE /*hLibRPTSET*/) {
-    ScreenNotBuilt("MAIN_BASESET_ID");
-}
-
 void DestinationSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
     ScreenNotBuilt("MAIN_DESTSET_ID");
 }
@@ -31,6 +28,11 @@ void AgentEventSetting(HMODULE /*hLibRPTSET*/) {
 
 void SyslogSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
     ScreenNotBuilt("MAIN_SYSLOG_ID");
+}
+
+int VantrelBaseSetting(HINSTANCE /*hLibRPTSET*/) {
+    ScreenNotBuilt("BASE_REPORT_VANTREL_ID");
+    return 0;
 }
 
 void VantrelReportSetting(HMODULE /*hLibRPTSET*/) {

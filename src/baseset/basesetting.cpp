@@ -1,0 +1,376 @@
+// The base-setting menu and the wrappers through which the base settings, the internet-mail base
+// record and the remote report method are read and written in the report-settings library.
+#include <newt.h>
+#include <slang.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "baseset/baseset.h"
+#include "frame/libraries.h"
+#include "frame/menu.h"
+#include "frame/msgfile.h"
+#include "ui/toolkit.h"
+
+BaseData** CPAllBaseData = nullptr;
+int numBaseData = 0;
+char g_szAMBaseRegPath[BASE_REG_PATH_SIZE] = {};
+AMBIBaseData g_AMBIBaseData = {};
+
+// ---- Wrappers ----
+// Trace texts of a missing function ("<Gets ... Address Failed") and of a failed call ("<Calls
+// ... Function Failed") end with what the wrapper returns.
+
+void FreeAllBaseSetting() {
+    if (CPAllBaseData != nullptr) {
+        for (int i = 0; i < numBaseData; ++i)
+            std::free(CPAllBaseData[i]);
+        std::free(CPAllBaseData);
+    }
+    CPAllBaseData = nullptr;
+    numBaseData = 0;
+}
+
+BOOL InitAllBaseSetting(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    FreeAllBaseSetting();
+    auto* pGetAllBaseSetting = BindRptset<GetAllBaseSetting_fn>(hLibRPTSET, "GetAllBaseSetting");
+    if (pGetAllBaseSetting == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets GetAllBaseSetting  Address Failed.return FALSE.");
+        return FALSE;
+    }
+    BaseData** records = nullptr;
+    int count = 0;
+    if (pGetAllBaseSetting(&records, &count) != 0) {
+        // Whatever a failed call left behind is not ours to trust; the menu stays empty.
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls GetAllBaseSetting  Function Failed.return FALSE.");
+        return FALSE;
+    }
+    CPAllBaseData = records;
+    numBaseData = records != nullptr && count > 0 ? count : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE. numBaseData=%d", numBaseData);
+    return TRUE;
+}
+
+int InitBaseSetting(HMODULE hLibRPTSET, BaseData* record) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    auto* pGetBaseSetting = BindRptset<GetBaseSetting_fn>(hLibRPTSET, "GetBaseSetting");
+    if (pGetBaseSetting == nullptr || record == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets GetBaseSetting  Address Failed.return %d.", -1);
+        return -1;
+    }
+    const int result = pGetBaseSetting(record);
+    if (result != 0) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls GetBaseSetting  Function Failed.return %d.", result);
+        return result;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
+}
+
+BOOL PutBaseSetting(HMODULE hLibRPTSET, BaseData* record) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    auto* pSetBaseSetting = BindRptset<SetBaseSetting_fn>(hLibRPTSET, "SetBaseSetting");
+    if (pSetBaseSetting == nullptr || record == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets SetBaseSetting  Address Failed.return FALSE.");
+        return FALSE;
+    }
+    if (pSetBaseSetting(record) != 0) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls SetBaseSetting  Function Failed.return FALSE.");
+        return FALSE;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE.");
+    return TRUE;
+}
+
+BOOL InitIMBaseRegPath(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    auto* pGetPath = BindRptset<AMAMGetBaseRegPath_fn>(hLibRPTSET, "AMAMGetBaseRegPath");
+    if (pGetPath == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets AMAMGetBaseRegPath  Address Failed.return FALSE.");
+        return FALSE;
+    }
+    if (pGetPath(g_szAMBaseRegPath) != 1) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls AMAMGetBaseRegPath  Function Failed.return FALSE.");
+        return FALSE;
+    }
+    // The library writes at most BASE_REG_PATH_SIZE bytes; keep the text terminated whatever.
+    g_szAMBaseRegPath[sizeof g_szAMBaseRegPath - 1] = '\0';
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE. path=%s", g_szAMBaseRegPath);
+    return TRUE;
+}
+
+BOOL CheckIMMode(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    auto* pCheck = BindRptset<CheckInternetMailMode_fn>(hLibRPTSET, "CheckInternetMailMode");
+    if (pCheck == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets CheckInternetMailMode Address Failed.return FALSE.");
+        return FALSE;
+    }
+    if (pCheck() == 0) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls CheckInternetMailMode Function Failed.return FALSE.");
+        return FALSE;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE.");
+    return TRUE;
+}
+
+BOOL InitIMBaseSetting(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    auto* pGet = BindRptset<GetAMBIBaseSetting_fn>(hLibRPTSET, "GetAMBIBaseSetting");
+    if (pGet == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets GetAMBIBaseSetting  Address Failed.return FALSE.");
+        return FALSE;
+    }
+    if (pGet(&g_AMBIBaseData, g_szAMBaseRegPath) != 1) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls GetAMBIBaseSetting  Function Failed.return FALSE.");
+        return FALSE;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE.");
+    return TRUE;
+}
+
+int SetIMBaseSetting(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    auto* pSet = BindRptset<SetAMBIBaseSetting_fn>(hLibRPTSET, "SetAMBIBaseSetting");
+    if (pSet == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets SetAMBIBaseSetting  Address Failed.return %d.", 0);
+        return 0;
+    }
+    const int result = pSet(&g_AMBIBaseData, g_szAMBaseRegPath);
+    if (result != 1) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls SetAMBIBaseSetting  Function Failed.return %d.",
+                  result);
+        return result;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
+}
+
+// The remote report method wrappers return the library's result: 0 success, -1 failure.
+
+int GetVntMethod(HMODULE hLibRPTSET, int* method) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    if (hLibRPTSET == nullptr || method == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET ==NULL.return %d [0:success -1:failure].", -1);
+        return -1;
+    }
+    auto* pGet = BindRptset<AMGetVntMethod_fn>(hLibRPTSET, "AMGetVntMethod");
+    if (pGet == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets AMGetVntMethod  Address Failed.return %d.", -1);
+        return -1;
+    }
+    const int result = pGet(method);
+    if (result != 0) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls AMGetVntMethod  Function Failed.return %d.", result);
+        return result;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d. method=%d", result, *method);
+    return result;
+}
+
+int SetVntMethod(HMODULE hLibRPTSET, int method) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p method=%d", hLibRPTSET, method);
+    if (hLibRPTSET == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET ==NULL.return %d [0:success -1:failure].", -1);
+        return -1;
+    }
+    auto* pSet = BindRptset<AMSetVntMethod_fn>(hLibRPTSET, "AMSetVntMethod");
+    if (pSet == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets AMSetVntMethod  Address Failed.return %d.", -1);
+        return -1;
+    }
+    const int result = pSet(method);
+    if (result != 0) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls AMSetVntMethod  Function Failed.return %d.", result);
+        return result;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
+}
+
+int ResetOpenSet(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    if (hLibRPTSET == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET ==NULL.return %d [0:success -1:failure].", -1);
+        return -1;
+    }
+    auto* pReset = BindRptset<AMResetOpenSet_fn>(hLibRPTSET, "AMResetOpenSet");
+    if (pReset == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets AMResetOpenSet  Address Failed.return %d.", -1);
+        return -1;
+    }
+    const int result = pReset();
+    if (result != 0) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls AMResetOpenSet  Function Failed.return %d.", result);
+        return result;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
+}
+
+int szGetEOpening(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    if (hLibRPTSET == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET ==NULL.return %d [0:success -1:failure].", 0);
+        return 0;
+    }
+    auto* pGet = BindRptset<GetEOpening_fn>(hLibRPTSET, "GetEOpening");
+    if (pGet == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets GetEOpening  Address Failed.return %d.", 0);
+        return 0;
+    }
+    const int result = pGet();
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
+}
+
+// ---- The base-setting menu ----
+
+namespace {
+
+// Rows of the report list; a row's listbox key is its index. The remote report row is offered
+// only in internet-mail mode.
+enum ReportRow : int { kSnmpRow = 0, kInbandRow, kOutbandRow, kVantrelRow };
+constexpr std::array<const char*, 4> kReportLabelIds = {
+    "BASE_REPORT_SNMP_ID", "BASE_REPORT_INBAND_ID", "BASE_REPORT_OUTBAND_ID",
+    "BASE_REPORT_VANTREL_ID"};
+// The one row of the "other" list.
+constexpr int kShutdownRow = 0;
+
+// Rows are 40 columns: the label padded to 41 and cut to 40, as in the main menu.
+constexpr std::size_t kRowWidth = 40;
+
+enum MenuId : int { kReportListId = 1, kOtherListId, kCloseId };
+
+std::string RowText(std::string_view label) {
+    std::string row(label);
+    if (row.size() < kRowWidth + 1)
+        row.resize(kRowWidth + 1, ' ');
+    row.resize(kRowWidth);
+    return row;
+}
+
+// The remote report base screen is drawn with newt's textbox colours set to black on light gray;
+// the product's own textbox colours come back however that screen ends.
+class VantrelTextboxColours {
+  public:
+    VantrelTextboxColours() {
+        SLtt_set_color(NEWT_COLORSET_TEXTBOX, nullptr, const_cast<char*>("black"),
+                       const_cast<char*>("lightgray"));
+    }
+    ~VantrelTextboxColours() {
+        SLtt_set_color(NEWT_COLORSET_TEXTBOX, nullptr, const_cast<char*>("blue"),
+                       const_cast<char*>("lightgray"));
+    }
+    VantrelTextboxColours(const VantrelTextboxColours&) = delete;
+    VantrelTextboxColours& operator=(const VantrelTextboxColours&) = delete;
+};
+
+void EnterReportRow(HMODULE hLibRPTSET, int row) {
+    int result = 0;
+    const char* screen = nullptr;
+    switch (row) {
+        case kSnmpRow:
+            screen = "SubSNMPPanel";
+            result = SubSNMPPanel(hLibRPTSET);
+            break;
+        case kInbandRow:
+            screen = "SubSimplePanel";
+            result = SubSimplePanel(BASE_METHOD_INBAND, hLibRPTSET);
+            break;
+        case kOutbandRow:
+            screen = "SubSimplePanel";
+            result = SubSimplePanel(BASE_METHOD_OUTBAND, hLibRPTSET);
+            break;
+        case kVantrelRow: {
+            screen = "VantrelBaseSetting";
+            const VantrelTextboxColours colours;
+            result = VantrelBaseSetting(hLibRPTSET);
+            break;
+        }
+        default: {
+            const std::string title = MessageText("TITTLE_WARNING_ID");
+            msgWindow(title.c_str(), " ok ",
+                      CPGetText("WARN_INVALID_ID", ReadString, ZOL_RcFileBuf));
+            return;
+        }
+    }
+    if (result == -1)
+        ShowFuncCallErr(screen);
+}
+
+void EnterOtherRow(HMODULE hLibRPTSET, int row) {
+    if (row == kShutdownRow) {
+        if (SubShutdownPanel(hLibRPTSET) == -1)
+            ShowFuncCallErr("SubShutdownPanel");
+        return;
+    }
+    // No other row exists; the box stays for the rows a later release may add.
+    msgWindow("Warning", "Return", "Not implemented yet!");
+}
+
+// Frees the base records on every way out of the menu.
+struct BaseRecordsGuard {
+    ~BaseRecordsGuard() { FreeAllBaseSetting(); }
+};
+
+}  // namespace
+
+void BaseSetting(HMODULE hLibRPTSET) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+    const bool internetMail = CheckIMMode(hLibRPTSET);
+    std::array<std::string, kReportLabelIds.size()> reportLabels;
+    for (std::size_t i = 0; i < reportLabels.size(); ++i)
+        reportLabels[i] = MessageText(kReportLabelIds[i]);
+    const std::string shutdownLabel = MessageText("BASE_OTHER_SHUTDOWN_ID");
+
+    const BaseRecordsGuard records;
+    if (!InitAllBaseSetting(hLibRPTSET)) {
+        ShowFuncCallErr("InitAllBaseSetting");
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitAllBaseSetting() failed.");
+        return;
+    }
+
+    const int reportRows = internetMail ? 4 : 3;
+    zolui::Window window;
+    zolui::Form form;
+    newtComponent reportLabel = form.add(zolui::label(-1, -1, MessageText("BASE_REPORT_ID")));
+    newtComponent reportList =
+        form.add(newtListbox(-1, -1, reportRows, NEWT_FLAG_RETURNEXIT), kReportListId);
+    for (int i = 0; i < reportRows; ++i)
+        zolui::listboxAppendIndex(reportList, RowText(reportLabels[i]), i);
+    newtListboxSetCurrent(reportList, 0);
+    newtComponent otherList = form.add(newtListbox(-1, -1, 1, NEWT_FLAG_RETURNEXIT), kOtherListId);
+    zolui::listboxAppendIndex(otherList, RowText(shutdownLabel), kShutdownRow);
+    newtListboxSetCurrent(otherList, 0);
+    newtComponent otherLabel = form.add(zolui::label(-1, -1, MessageText("BASE_OTHER_ID")));
+    newtComponent close = form.add(zolui::button(-1, -1, MessageText("BUTTON_CLOSE_ID")), kCloseId);
+
+    zolui::Grid lists(1, 4);
+    lists.set(0, 0, reportLabel, {}, NEWT_ANCHOR_LEFT);
+    lists.set(0, 1, reportList, {.top = 1}, NEWT_ANCHOR_LEFT);
+    lists.set(0, 2, otherLabel, {.top = 1}, NEWT_ANCHOR_LEFT);
+    lists.set(0, 3, otherList, {.top = 1}, NEWT_ANCHOR_LEFT);
+    zolui::Grid grid(1, 2);
+    grid.set(0, 0, std::move(lists), {}, NEWT_ANCHOR_TOP);
+    grid.set(0, 1, close, {.top = 2}, NEWT_ANCHOR_TOP);
+    window.openWrapped(grid, MessageText("TITTLE_BASE_ID"));
+    form.addHotKey(15);
+
+    for (;;) {
+        const zolui::RunResult result = form.run();
+        if (result.isComponent(kReportListId)) {
+            EnterReportRow(hLibRPTSET, zolui::listboxCurrentIndex(reportList));
+        } else if (result.isComponent(kOtherListId)) {
+            EnterOtherRow(hLibRPTSET, zolui::listboxCurrentIndex(otherList));
+        } else {
+            // The Close button, a hot key or anything else ends the menu.
+            break;
+        }
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<");
+}

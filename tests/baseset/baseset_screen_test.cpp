@@ -1,0 +1,408 @@
+// The base-setting screens as an administrator meets them: the menu with and without the remote
+// report row, the manager on/off panels, the shutdown delay and the SNMP trap list, each checked
+// in the store afterwards.
+#include <gtest/gtest.h>
+#include <zolwin.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "frame/textformat.h"
+#include "frame_test_util.h"
+
+namespace keys = zoltest::keys;
+using frametest::english;
+using frametest::traceCount;
+using frametest::traceDump;
+using zoltest::ProductRoot;
+
+namespace {
+
+const std::string kMethodKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method\\";
+
+// Reads a REG_DWORD of a base-setting method straight from the root's store.
+DWORD MethodDword(const ProductRoot& root, const std::string& method, const char* value) {
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    HKEY key = nullptr;
+    DWORD data = 0xDEADBEEF, type = 0, size = sizeof data;
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, (kMethodKey + method).c_str(), 0, KEY_READ, &key) == 0) {
+        if (RegQueryValueEx(key, value, nullptr, &type, reinterpret_cast<BYTE*>(&data), &size) !=
+                0 ||
+            type != REG_DWORD)
+            data = 0xDEADBEEF;
+        RegCloseKey(key);
+    }
+    ZolRegCloseStore();
+    return data;
+}
+
+// The stored SNMP trap destinations, in order.
+std::vector<std::string> TrapDestinations(const ProductRoot& root) {
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    HKEY key = nullptr;
+    std::vector<std::string> list;
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, (kMethodKey + "MANAGER (SNMP)").c_str(), 0, KEY_READ,
+                     &key) == 0) {
+        std::string data(70000, '\0');
+        DWORD type = 0, size = static_cast<DWORD>(data.size());
+        if (RegQueryValueEx(key, "TrapDest", nullptr, &type, reinterpret_cast<BYTE*>(data.data()),
+                            &size) == 0) {
+            for (std::size_t at = 0; at < size && data[at] != '\0';) {
+                list.emplace_back(data.c_str() + at);
+                at += list.back().size() + 1;
+            }
+        }
+        RegCloseKey(key);
+    }
+    ZolRegCloseStore();
+    return list;
+}
+
+void SetTrapDestinations(const ProductRoot& root, const std::vector<std::string>& list) {
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    std::string data;
+    for (const std::string& address : list)
+        data += address + '\0';
+    data += '\0';
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKey(HKEY_LOCAL_MACHINE, (kMethodKey + "MANAGER (SNMP)").c_str(), &key), 0);
+    EXPECT_EQ(
+        RegSetValueEx(key, "TrapDest", 0, REG_MULTI_SZ, reinterpret_cast<const BYTE*>(data.data()),
+                      static_cast<DWORD>(data.size())),
+        0);
+    RegCloseKey(key);
+    ZolRegCloseStore();
+}
+
+void DeleteMethod(const ProductRoot& root, const std::string& method) {
+    frametest::zolreg(root, {"delete", "HKLM\\" + kMethodKey + method, "/f"});
+}
+
+bool ReverseHas(zoltest::Terminal& t, const std::string& text) {
+    return t.waitFor([&](const zoltest::Terminal& s) {
+        return s.reverseText().find(text) != std::string::npos;
+    });
+}
+
+// The trap panel redraws the whole terminal before each run of its form, so its title may vanish
+// for a moment while it is still open: closed means the base menu's focused row is seen again.
+bool SnmpPanelClosed(zoltest::Terminal& t, const ProductRoot& root) {
+    return ReverseHas(t, english(root, "BASE_REPORT_SNMP_ID"));
+}
+
+// Starts the program and opens the base-setting menu from the main menu's first row.
+std::unique_ptr<zoltest::Terminal> OpenBaseMenu(const ProductRoot& root) {
+    auto t = frametest::startMenu(root);
+    t->send(keys::Enter);
+    EXPECT_TRUE(t->waitForText(english(root, "BASE_REPORT_ID"))) << t->dump();
+    return t;
+}
+
+// Opens a row of the report list (0 SNMP, 1 in-band, 2 out-of-band, 3 remote report) and waits
+// for the screen titled titleId.
+void OpenReportRow(zoltest::Terminal& t, const ProductRoot& root, int row, const char* titleId) {
+    for (int i = 0; i < row; ++i)
+        t.send(keys::Down);
+    t.send(keys::Enter);
+    ASSERT_TRUE(t.waitForText("┤ " + english(root, titleId) + " ├")) << t.dump();
+}
+
+// Ends the base-setting menu and then the main menu with their hot key.
+void CloseAll(zoltest::Terminal& t, const ProductRoot& root) {
+    t.send(keys::CtrlO);
+    ASSERT_TRUE(t.waitForNoText(english(root, "BASE_REPORT_ID"))) << t.dump();
+    frametest::closeMenu(t);
+}
+
+// Replaces the focused entry's text.
+void Retype(zoltest::Terminal& t, const std::string& text) {
+    t.send(keys::End);
+    for (int i = 0; i < 8; ++i)
+        t.send(keys::Backspace);
+    t.type(text);
+}
+
+}  // namespace
+
+// Installed service: four report rows, the last one entering the remote report base screen.
+// Not installed: three rows; a panel that cannot read its record shows its error box and the
+// menu stays.
+TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
+    const char* const rows[] = {"BASE_REPORT_SNMP_ID", "BASE_REPORT_INBAND_ID",
+                                "BASE_REPORT_OUTBAND_ID", "BASE_REPORT_VANTREL_ID"};
+    {
+        ProductRoot root;
+        auto t = OpenBaseMenu(root);
+        const int first = t->findRow(english(root, rows[0]));
+        for (int i = 1; i < 4; ++i)
+            EXPECT_EQ(t->findRow(english(root, rows[i])), first + i) << t->dump();
+        EXPECT_EQ(t->findRow(english(root, "BASE_OTHER_ID")), first + 5) << t->dump();
+        EXPECT_EQ(t->findRow(english(root, "BASE_OTHER_SHUTDOWN_ID")), first + 7) << t->dump();
+        OpenReportRow(*t, root, 3, "BASE_REPORT_VANTREL_ID");
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForNoText(english(root, "SCREEN_NOT_BUILT_ID"))) << t->dump();
+        EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+        // Close ends the menu.
+        t->send(keys::Tab);
+        t->send(keys::Tab);
+        ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CLOSE_ID"))) << t->dump();
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForNoText(english(root, "BASE_REPORT_ID"))) << t->dump();
+        frametest::closeMenu(*t);
+    }
+    ProductRoot root;
+    frametest::zolreg(root, {"add", "HKLM\\SOFTWARE\\Tavik\\VNTService\\SETUP", "/v", "Installed",
+                             "/t", "REG_DWORD", "/d", "0", "/f"});
+    DeleteMethod(root, "MANAGER (TCP_IP IN-BAND)");
+    auto t = OpenBaseMenu(root);
+    const int first = t->findRow(english(root, rows[0]));
+    EXPECT_EQ(t->findRow(english(root, rows[2])), first + 2) << t->dump();
+    EXPECT_EQ(t->findRow(english(root, rows[3])), -1) << t->dump();
+    EXPECT_EQ(t->findRow(english(root, "BASE_OTHER_ID")), first + 4) << t->dump();
+    t->send(keys::Down);
+    t->send(keys::Enter);
+    const std::string error = FormatText(english(root, "FUNC_CALL_ERR"), {"SubSimplePanel"});
+    ASSERT_TRUE(t->waitForText(error)) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(error)) << t->dump();
+    EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    CloseAll(*t, root);
+    EXPECT_EQ(traceCount(root, 1, "<InitBaseSetting() Failed,return -1."), 1) << traceDump(root);
+
+    // Without any base setting the menu does not open: its error box, then the main menu.
+    frametest::zolreg(root,
+                      {"delete", "HKLM\\" + kMethodKey.substr(0, kMethodKey.size() - 1), "/f"});
+    t = frametest::startMenu(root);
+    t->send(keys::Enter);
+    const std::string noRecords =
+        FormatText(english(root, "FUNC_CALL_ERR"), {"InitAllBaseSetting"});
+    ASSERT_TRUE(t->waitForText(noRecords)) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(noRecords)) << t->dump();
+    EXPECT_FALSE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    frametest::closeMenu(*t);
+    EXPECT_EQ(traceCount(root, 1, "<InitAllBaseSetting() failed."), 1) << traceDump(root);
+}
+
+// In-band (seeded on) switched off with OK is stored; out-of-band switched on and cancelled is
+// not.
+TEST(BaseMenu, ManagerPanelsSwitchTheirMethod) {
+    ProductRoot root;
+    auto t = OpenBaseMenu(root);
+    OpenReportRow(*t, root, 1, "BASE_SUBSIMPLE_TITLE_ID");
+    EXPECT_TRUE(t->waitForText("[*] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    t->send(keys::Space);
+    ASSERT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_TITLE_ID"))) << t->dump();
+    EXPECT_EQ(MethodDword(root, "MANAGER (TCP_IP IN-BAND)", "Enable"), 0u);
+
+    t->send(keys::Home);
+    OpenReportRow(*t, root, 2, "BASE_SUBSIMPLE_TITLE_ID");
+    EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    t->send(keys::Space);
+    t->send(keys::Tab);
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_TITLE_ID"))) << t->dump();
+    EXPECT_EQ(MethodDword(root, "MANAGER (TCP_IP OUT-OF-BAND)", "Enable"), 0u);
+    CloseAll(*t, root);
+}
+
+// The delay (seeded off, 120): 1801 and an empty entry refused, 1800 and 0 stored; switched off
+// the old delay stays whatever the entry shows; a failed write still closes the panel.
+TEST(BaseMenu, ShutdownDelay) {
+    ProductRoot root;
+    auto t = OpenBaseMenu(root);
+    const std::string title = "┤ " + english(root, "BASE_SUB_TITTLE_ID") + " ├";
+    // The other list keeps the focus after its panel closes.
+    bool otherListFocused = false;
+    const auto open = [&] {
+        if (!std::exchange(otherListFocused, true))
+            t->send(keys::Tab);
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForText(title)) << t->dump();
+    };
+    // Focus order with the delay enabled: check box, delay, OK.
+    const auto pressOk = [&] {
+        t->send(keys::Tab);
+        ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+        t->send(keys::Enter);
+    };
+    const auto expectBox = [&](const std::string& text) {
+        ASSERT_TRUE(t->waitForText(text)) << t->dump();
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForNoText(text)) << t->dump();
+    };
+
+    open();
+    EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    EXPECT_TRUE(t->waitForText("120")) << t->dump();
+    // Unmarked, the delay entry takes no focus: Tab goes straight to OK.
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    t->send(keys::Up);
+    t->send(keys::Space);
+    t->send(keys::Tab);
+    Retype(*t, "1801");
+    pressOk();
+    expectBox(FormatText("Enter a delay from %s to %s seconds.", {"0", "1800"}));
+    EXPECT_EQ(english(root, "ERR_SHUTDOWN_ID"), "Enter a delay from %d to %d seconds.");
+    t->send(keys::Up);
+    Retype(*t, "");
+    pressOk();
+    expectBox(english(root, "ERR_SHUTDOWN_NULL_ID"));
+    // Letters never reach the entry.
+    t->send(keys::Up);
+    Retype(*t, "18x00");
+    pressOk();
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 1u);
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Value"), 1800u);
+
+    open();
+    t->send(keys::Tab);
+    Retype(*t, "0");
+    pressOk();
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Value"), 0u);
+
+    open();
+    t->send(keys::Tab);
+    Retype(*t, "900");
+    t->send(keys::Up);
+    t->send(keys::Space);
+    pressOk();
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 0u);
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Value"), 0u);
+
+    // The record vanishes from the store while the panel is open: the write fails, the error
+    // box says so and the panel closes all the same.
+    open();
+    DeleteMethod(root, "SHUTDOWN DELAY");
+    pressOk();
+    expectBox(FormatText(english(root, "FUNC_CALL_ERR"), {"PutBaseSetting"}));
+    EXPECT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 0xDEADBEEFu);
+    CloseAll(*t, root);
+    EXPECT_EQ(traceCount(root, 1, "PutBaseSetting failed."), 1) << traceDump(root);
+}
+
+// Adding (letters refused, a bad address and a duplicate warned of), OK storing the list and the
+// switch; a removal stored at once while Cancel drops the additions of the same visit.
+TEST(BaseMenu, SnmpTrapList) {
+    ProductRoot root;
+    auto t = OpenBaseMenu(root);
+    const std::string addTitle = "┤ " + english(root, "SUBBASE_ADD_TITLE") + " ├";
+    // Focus is on Add: the form keeps it there after each dialog.
+    const auto pressAdd = [&] {
+        ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForText(addTitle)) << t->dump();
+    };
+    // In the address dialog: type, then OK.
+    const auto enter = [&](const std::string& typed) {
+        t->type(typed);
+        t->send(keys::Tab);
+        t->send(keys::Enter);
+    };
+    const auto okBox = [&](const std::string& text) {
+        ASSERT_TRUE(t->waitForText(text)) << t->dump();
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForNoText(text)) << t->dump();
+    };
+
+    OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
+    EXPECT_TRUE(t->waitForText("[*] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    t->send(keys::Space);
+    ASSERT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Tab);
+    pressAdd();
+    enter("a10.x0-.0.1z");
+    ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
+    ASSERT_TRUE(t->waitForText("10.0.0.1")) << t->dump();
+    pressAdd();
+    enter("10.0.0.300");
+    okBox(english(root, "IDS_ERR_INVALID_IPADDRESS2"));
+    ASSERT_TRUE(t->contains(addTitle)) << t->dump();
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
+    pressAdd();
+    enter("10.0.0.1");
+    okBox(english(root, "IDS_ERROR_MSG_EXIST"));
+    pressAdd();
+    enter("192.168.7.7");
+    ASSERT_TRUE(t->waitForText("192.168.7.7")) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
+    EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"10.0.0.1", "192.168.7.7"}));
+    EXPECT_EQ(MethodDword(root, "MANAGER (SNMP)", "Enable"), 0u);
+
+    // Remove the first (current) address, add one, cancel.
+    OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
+    EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    for (int i = 0; i < 3; ++i)
+        t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText("10.0.0.1")) << t->dump();
+    EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"192.168.7.7"}));
+    t->send(keys::Up);
+    pressAdd();
+    enter("172.16.0.9");
+    ASSERT_TRUE(t->waitForText("172.16.0.9")) << t->dump();
+    t->send(keys::CtrlO);
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
+    EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"192.168.7.7"}));
+    CloseAll(*t, root);
+}
+
+// A list of 256 refuses a 257th before asking for it; Remove on an empty list fails in the
+// library and leaves the listbox empty.
+TEST(BaseMenu, SnmpTrapListLimits) {
+    ProductRoot root;
+    std::vector<std::string> full;
+    for (int i = 0; i < 256; ++i)
+        full.push_back("10.1." + std::to_string(i / 16) + "." + std::to_string(i % 16));
+    SetTrapDestinations(root, full);
+    auto t = OpenBaseMenu(root);
+    OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
+    ASSERT_TRUE(t->waitForText("10.1.0.0")) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
+    t->send(keys::Enter);
+    const std::string fullText = english(root, "SNMP_TRAP_LIST_FULL_ID");
+    ASSERT_TRUE(t->waitForText(fullText)) << t->dump();
+    EXPECT_FALSE(t->contains(english(root, "SUBBASE_ADD_TITLE"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(fullText)) << t->dump();
+    t->send(keys::CtrlO);
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
+    EXPECT_EQ(TrapDestinations(root).size(), 256u);
+
+    SetTrapDestinations(root, {});
+    OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
+    for (int i = 0; i < 3; ++i)
+        t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
+    t->send(keys::Enter);
+    const std::string error = FormatText(english(root, "FUNC_CALL_ERR"), {"DelTrapSetting"});
+    ASSERT_TRUE(t->waitForText(error)) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(error)) << t->dump();
+    t->send(keys::CtrlO);
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
+    CloseAll(*t, root);
+}
