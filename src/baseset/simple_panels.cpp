@@ -33,7 +33,7 @@ void ShowDelayRangeError() {
     msgWindow(title.c_str(), " ok ", text.c_str());
 }
 
-// A Range-enable record that governs the delay entry for the panel's life only.
+// The range-enable record governing the delay entry for the panel's life only.
 class DelayEntryRange {
   public:
     DelayEntryRange(newtComponent entry, char* mark) : fields_{entry} {
@@ -102,6 +102,8 @@ int SubShutdownPanel(HMODULE hLibRPTSET) {
         ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc CPBaseData2 Failed,return %d.", -1);
         return -1;
     }
+    // Any result but 0 means the record was not read (a missing function, no such method, a
+    // store error): the panel never offers to write a record it could not read.
     if (InitBaseSetting(hLibRPTSET, record.get()) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitBaseSetting() failed.return %d.", -1);
         return -1;
@@ -169,6 +171,7 @@ int SubSimplePanel(const char* method, HMODULE hLibRPTSET) {
         ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc CPBaseData1 Failed,return -1.");
         return -1;
     }
+    // As in the shutdown panel, a record that was not read is never offered for writing.
     if (method == nullptr || InitBaseSetting(hLibRPTSET, record.get()) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitBaseSetting() Failed,return -1.");
         return -1;

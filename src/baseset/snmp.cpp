@@ -51,6 +51,9 @@ class TrapList {
         return false;
     }
 
+    // A count the library reports outside the list's room is never trusted for indexing.
+    void clampCount() { count = std::clamp(count, 0, TRAP_DEST_MAX); }
+
     int count = 0;
 
   private:
@@ -171,6 +174,8 @@ int SubSNMPPanel(HMODULE hLibRPTSET) {
         ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc CPBaseData3 Failed,return %d.", -1);
         return -1;
     }
+    // Any result but 0 means the record was not read (a missing function, no such method, a
+    // store error): the panel never offers to write a record it could not read.
     if (InitBaseSetting(hLibRPTSET, record.get()) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitBaseSetting() failed.return %d.", -1);
         return -1;
@@ -184,6 +189,7 @@ int SubSNMPPanel(HMODULE hLibRPTSET) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetTrapSetting() failed.return %d.", -1);
         return -1;
     }
+    list->clampCount();
 
     char enableMark = record->Enable != 0 ? '*' : ' ';
     zolui::Window window;
@@ -272,7 +278,9 @@ int SubSNMPPanel(HMODULE hLibRPTSET) {
             std::strcpy(address, list->at(current));
             for (int i = 0; i < list->count; ++i)
                 newtListboxDeleteEntry(listbox, reinterpret_cast<void*>(std::intptr_t{i}));
-            if (DelTrapSetting(hLibRPTSET, &list->count, address, list->data())) {
+            const bool removed = DelTrapSetting(hLibRPTSET, &list->count, address, list->data());
+            list->clampCount();
+            if (removed) {
                 FillListbox(listbox, *list);
             } else {
                 // The listbox stays empty until the panel is opened again.

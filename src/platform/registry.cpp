@@ -274,6 +274,7 @@ class Registry {
     KeyHandle root_;
     int depth_ = 0;
     bool doomed_ = false;  // rolled back inside an outer transaction: writes refused until it ends
+    bool wrote_ = false;   // the open transaction has written: reads inside it saw uncommitted data
     std::thread::id txOwner_;
     unsigned forkGeneration_ = 0;
     ReadCache cache_;
@@ -359,13 +360,9 @@ LONG Registry::loadKey(sqlite3_int64 id, CachedKey& out) {
             return mapSqliteError(rc);
     }
     LONG r = [&]() -> LONG {
-        Query exists(store_, Sql::KeyExists);
-        int rc = exists.bind(id).step();
-        if (rc != SQLITE_ROW)
-            return rc == SQLITE_DONE ? ERROR_SUCCESS : mapSqliteError(rc);
-        out.exists = true;
         Query children(store_, Sql::LoadChildren);
         children.bind(id);
+        int rc;
         while ((rc = children.step()) == SQLITE_ROW) {
             out.children.push_back({std::string(children.text(2)), std::string(children.text(1)),
                                     children.integer(0), children.integer(3)});
@@ -379,7 +376,18 @@ LONG Registry::loadKey(sqlite3_int64 id, CachedKey& out) {
                                   static_cast<DWORD>(values.integer(2)),
                                   std::string(values.blob(3))});
         }
-        return rc == SQLITE_DONE ? ERROR_SUCCESS : mapSqliteError(rc);
+        if (rc != SQLITE_DONE)
+            return mapSqliteError(rc);
+        // Subkeys and values are deleted with their key and key ids are never reused, so a key
+        // that has either exists; only an empty key costs the third query.
+        if (!out.children.empty() || !out.values.empty()) {
+            out.exists = true;
+            return ERROR_SUCCESS;
+        }
+        Query exists(store_, Sql::KeyExists);
+        rc = exists.bind(id).step();
+        out.exists = rc == SQLITE_ROW;
+        return rc == SQLITE_ROW || rc == SQLITE_DONE ? ERROR_SUCCESS : mapSqliteError(rc);
     }();
     if (own) {
         Query end(store_, Sql::EndRead);
@@ -516,6 +524,7 @@ LONG Registry::write(Op&& op) {
     if (depth_ > 0) {
         if (doomed_)
             return ERROR_INVALID_STATE;
+        wrote_ = true;
         LONG r = connect(false);
         if (r != ERROR_SUCCESS)
             return r;
@@ -858,7 +867,12 @@ LONG Registry::begin() {
 }
 
 void Registry::endTransactionLocked() {
-    cache_.clear();  // a rollback takes back what reads inside the transaction saw
+    // Reads inside a transaction that wrote may have cached data a rollback takes back (and a
+    // commit changes the token anyway). A transaction that only read keeps the cache: nothing
+    // else can commit while it holds the write lock, so what it read is still the store.
+    if (wrote_ || doomed_)
+        cache_.clear();
+    wrote_ = false;
     depth_ = 0;
     doomed_ = false;
     txOwner_ = std::thread::id();

@@ -411,7 +411,9 @@ std::string writeRegFile(const std::vector<KeyBlock>& blocks) {
         if (block.key.find('\n') != std::string::npos) {
             throw std::invalid_argument("key name with a line break: REGEDIT4 cannot carry it");
         }
-        out += "[" + longPath(block.key) + "]\n";
+        out += '[';
+        out += longPath(block.key);
+        out += "]\n";
         for (const Value& value : block.values)
             out += formatValueLine(value) + "\n";
         out += "\n";

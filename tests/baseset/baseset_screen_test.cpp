@@ -147,7 +147,7 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
         })) << t->dump();
         t->send(keys::CtrlO);
         ASSERT_TRUE(t->waitForNoText(enable)) << t->dump();
-        EXPECT_TRUE(t->contains(english(root, "TITTLE_BASE_ID"))) << t->dump();
+        EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
         // Close ends the menu.
         t->send(keys::Tab);
         t->send(keys::Tab);
@@ -171,9 +171,23 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
     ASSERT_TRUE(t->waitForText(error)) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(error)) << t->dump();
-    EXPECT_TRUE(t->contains(english(root, "TITTLE_BASE_ID"))) << t->dump();
+    EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
     CloseAll(*t, root);
     EXPECT_EQ(traceCount(root, 1, "<InitBaseSetting() Failed,return -1."), 1) << traceDump(root);
+
+    // Without any base setting the menu does not open: its error box, then the main menu.
+    frametest::zolreg(root,
+                      {"delete", "HKLM\\" + kMethodKey.substr(0, kMethodKey.size() - 1), "/f"});
+    t = frametest::startMenu(root);
+    t->send(keys::Enter);
+    const std::string noRecords =
+        FormatText(english(root, "FUNC_CALL_ERR"), {"InitAllBaseSetting"});
+    ASSERT_TRUE(t->waitForText(noRecords)) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(noRecords)) << t->dump();
+    EXPECT_FALSE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    frametest::closeMenu(*t);
+    EXPECT_EQ(traceCount(root, 1, "<InitAllBaseSetting() failed."), 1) << traceDump(root);
 }
 
 // In-band (seeded on) switched off with OK is stored; out-of-band switched on and cancelled is
@@ -278,7 +292,7 @@ TEST(BaseMenu, ShutdownDelay) {
     pressOk();
     expectBox(FormatText(english(root, "FUNC_CALL_ERR"), {"PutBaseSetting"}));
     EXPECT_TRUE(t->waitForNoText(title)) << t->dump();
-    EXPECT_TRUE(t->contains(english(root, "TITTLE_BASE_ID"))) << t->dump();
+    EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
     EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 0xDEADBEEFu);
     CloseAll(*t, root);
     EXPECT_EQ(traceCount(root, 1, "PutBaseSetting failed."), 1) << traceDump(root);
