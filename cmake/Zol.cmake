@@ -5,6 +5,10 @@ set(CMAKE_INSTALL_MESSAGE LAZY)
 set(ZOL_STAGE_DIR ${CMAKE_BINARY_DIR}/stage CACHE INTERNAL "Product root staged inside the build tree")
 
 add_compile_options(-Wall -Wextra -Werror -Wno-error=deprecated-declarations)
+# The service libraries must really unload with FreeLibrary. GCC gives inline variables and the
+# static locals of library templates "unique" binding, which pins a shared object in memory for
+# the rest of the process; ordinary weak symbols do not.
+add_compile_options(-fno-gnu-unique)
 if(ZOL_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=address,undefined)
