@@ -13,7 +13,6 @@
 
 #include "regvalue.h"
 #include "rptset_api.h"
-#include "storewrite.h"
 
 // Defined with the installation check of this library.
 extern "C" ZOLWIN_API CheckInstVantrel_fn CheckInstVantrel;
@@ -98,16 +97,6 @@ LONG ReadMethod(HKEY methods, const char* name, BaseData* out) {
     return ERROR_SUCCESS;
 }
 
-// Name of subkey `index` of key: ERROR_NO_MORE_ITEMS past the last.
-LONG SubkeyName(HKEY key, DWORD index, std::string* name) {
-    char buffer[ZOL_MAX_KEY_NAME + 1];
-    DWORD length = sizeof buffer;
-    const LONG rc = RegEnumKeyEx(key, index, buffer, &length, nullptr, nullptr, nullptr, nullptr);
-    if (rc == ERROR_SUCCESS)
-        name->assign(buffer, length);
-    return rc;
-}
-
 struct FreeDeleter {
     void operator()(void* p) const { std::free(p); }
 };
@@ -121,7 +110,7 @@ LONG ReadAllMethods(std::vector<BaseDataPtr>* out) {
         return rc;
     for (DWORD index = 0;; ++index) {
         std::string name;
-        rc = SubkeyName(methods.get(), index, &name);
+        rc = rptset::SubkeyName(methods.get(), index, &name);
         if (rc == ERROR_NO_MORE_ITEMS)
             return ERROR_SUCCESS;
         if (rc != ERROR_SUCCESS)
@@ -286,8 +275,8 @@ extern "C" ZOLWIN_API int SetBaseSetting(BaseData* record) {
     if (rc == ERROR_SUCCESS) {
         // Only a stored method is written: a misspelt name must not become a new method.
         const std::string path = std::string(kMethodKey) + "\\" + record->MethodName;
-        rptset::WritableKey key;
-        rc = key.OpenExisting(HKEY_LOCAL_MACHINE, path.c_str());
+        rptset::Key key;
+        rc = key.OpenWrite(HKEY_LOCAL_MACHINE, path.c_str());
         if (rc == ERROR_SUCCESS &&
             (rc = rptset::WriteDword(key.get(), kEnableValue, record->Enable)) == ERROR_SUCCESS &&
             (rc = rptset::WriteDword(key.get(), kValueValue,
@@ -401,7 +390,7 @@ extern "C" ZOLWIN_API int SetAMBIBaseSetting(AMBIBaseData* record, const char* p
     rptset::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
-        rptset::WritableKey key;
+        rptset::Key key;
         rc = key.Create(HKEY_LOCAL_MACHINE, path);
         for (const AMBITextField& f : kAMBITexts) {
             if (rc == ERROR_SUCCESS)

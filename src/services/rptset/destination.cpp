@@ -91,21 +91,11 @@ LONG ReadDestination(HKEY idList, const char* name, DestData* record) {
     return rc;
 }
 
-// Name of subkey `index` of key: ERROR_NO_MORE_ITEMS past the last.
-LONG SubkeyName(HKEY key, DWORD index, std::string* name) {
-    char buffer[ZOL_MAX_KEY_NAME + 1];
-    DWORD length = sizeof buffer;
-    const LONG rc = RegEnumKeyEx(key, index, buffer, &length, nullptr, nullptr, nullptr, nullptr);
-    if (rc == ERROR_SUCCESS)
-        name->assign(buffer, length);
-    return rc;
-}
-
 // Reads the whole list inside one open ID_LIST key.
 LONG ReadAll(HKEY idList, DestData** records, int* count) {
     for (DWORD index = 0;; ++index) {
         std::string name;
-        LONG rc = SubkeyName(idList, index, &name);
+        LONG rc = rptset::SubkeyName(idList, index, &name);
         if (rc == ERROR_NO_MORE_ITEMS)
             return ERROR_SUCCESS;
         if (rc != ERROR_SUCCESS)
@@ -140,18 +130,15 @@ extern "C" ZOLWIN_API int GetAllDestSetting(DestData** records, int* count) {
         }
     }
     *count = 0;
-    // One read transaction: the list cannot change between the enumeration and the reads. It
-    // ends with a commit, which writes nothing here and leaves a caller's own transaction alone.
-    const bool transaction = ZolRegBeginTransaction() == ERROR_SUCCESS;
     LONG rc;
     {
+        // The list cannot change between the enumeration and the reads.
+        rptset::ReadSnapshot snapshot;
         rptset::Key idList;
         rc = idList.OpenRead(HKEY_LOCAL_MACHINE, kIDListKey);
         if (rc == ERROR_SUCCESS)
             rc = ReadAll(idList.get(), records, count);
     }
-    if (transaction)
-        ZolRegCommitTransaction();
     if (rc != ERROR_SUCCESS) {
         *count = 0;
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<read of %s failed (%d).return %d.", kIDListKey,
@@ -170,15 +157,15 @@ extern "C" ZOLWIN_API int GetDestSetting(DestData* record) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return -1.");
         return -1;
     }
-    const bool transaction = ZolRegBeginTransaction() == ERROR_SUCCESS;
     LONG rc;
     {
+        rptset::ReadSnapshot snapshot;
         rptset::Key idList;
         rc = idList.OpenRead(HKEY_LOCAL_MACHINE, kIDListKey);
         // Find the stored spelling of the ID: IDs match without regard to case.
         std::string name;
         for (DWORD index = 0; rc == ERROR_SUCCESS; ++index) {
-            rc = SubkeyName(idList.get(), index, &name);
+            rc = rptset::SubkeyName(idList.get(), index, &name);
             if (rc == ERROR_SUCCESS && rptset::EqualsNoCase(name.c_str(), record->ID))
                 break;
         }
@@ -187,8 +174,6 @@ extern "C" ZOLWIN_API int GetDestSetting(DestData* record) {
         if (rc == ERROR_SUCCESS)
             rc = ReadDestination(idList.get(), name.c_str(), record);
     }
-    if (transaction)
-        ZolRegCommitTransaction();
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<read of destination %s failed (%d).return %d.", record->ID,
                   static_cast<int>(rc), static_cast<int>(rc));

@@ -43,23 +43,23 @@ bool IsBuiltIn(const char* id) {
 // case, so every spelling of the ID goes.
 LONG Unbind(const char* id) {
     for (const char* rootPath : kBindingRoots) {
-        rptset::WriteKey root;
-        LONG rc = root.Open(HKEY_LOCAL_MACHINE, rootPath);
+        rptset::Key root;
+        LONG rc = root.OpenWrite(HKEY_LOCAL_MACHINE, rootPath);
         if (rc == ERROR_FILE_NOT_FOUND)
             continue;
         std::vector<std::string> sources;
         if (rc != ERROR_SUCCESS || (rc = rptset::SubkeyNames(root.get(), &sources)) != 0)
             return rc;
         for (const std::string& source : sources) {
-            rptset::WriteKey sourceKey;
+            rptset::Key sourceKey;
             std::vector<std::string> events;
-            if ((rc = sourceKey.Open(root.get(), source.c_str())) != ERROR_SUCCESS ||
+            if ((rc = sourceKey.OpenWrite(root.get(), source.c_str())) != ERROR_SUCCESS ||
                 (rc = rptset::SubkeyNames(sourceKey.get(), &events)) != ERROR_SUCCESS) {
                 return rc;
             }
             for (const std::string& event : events) {
-                rptset::WriteKey dest;
-                rc = dest.Open(sourceKey.get(), (event + "\\Dest").c_str());
+                rptset::Key dest;
+                rc = dest.OpenWrite(sourceKey.get(), (event + "\\Dest").c_str());
                 if (rc == ERROR_FILE_NOT_FOUND)
                     continue;
                 if (rc == ERROR_SUCCESS)
@@ -91,10 +91,10 @@ int WriteResult(LONG rc) {
 
 // The operation inside the caller's transaction.
 int Apply(const DestData& record) {
-    rptset::WriteKey idList;
+    rptset::Key idList;
     LONG rc = record.Operation == DEST_OP_CREATE
                   ? idList.Create(HKEY_LOCAL_MACHINE, rptset::kIDListKey)
-                  : idList.Open(HKEY_LOCAL_MACHINE, rptset::kIDListKey);
+                  : idList.OpenWrite(HKEY_LOCAL_MACHINE, rptset::kIDListKey);
     if (rc == ERROR_FILE_NOT_FOUND)
         return kRefused;  // no list at all: nothing to change or delete
     std::vector<std::string> names;

@@ -62,15 +62,6 @@ bool IsHourMask(uint32_t value) {
     return value <= 0xFFFFFFu;
 }
 
-LONG WriteKey::Open(HKEY parent, const char* path) {
-    return RegOpenKeyEx(parent, path, 0, KEY_ALL_ACCESS, &key_);
-}
-
-LONG WriteKey::Create(HKEY parent, const char* path) {
-    return RegCreateKeyEx(parent, path, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_ALL_ACCESS,
-                          nullptr, &key_, nullptr);
-}
-
 namespace {
 
 // Name of subkey `index` of key into name (ZOL_MAX_KEY_NAME + 1 bytes).
@@ -91,24 +82,6 @@ LONG FindSubkey(HKEY key, const char* name, char* out) {
         if (EqualsNoCase(out, name))
             return ERROR_SUCCESS;
     }
-}
-
-LONG DeleteTree(HKEY parent, const char* name) {
-    {
-        WriteKey key;
-        LONG rc = key.Open(parent, name);
-        if (rc != ERROR_SUCCESS)
-            return rc;
-        // Always the first subkey: each deletion moves the next one to index 0.
-        char child[ZOL_MAX_KEY_NAME + 1];
-        while ((rc = SubkeyAt(key.get(), 0, child)) == ERROR_SUCCESS) {
-            if ((rc = DeleteTree(key.get(), child)) != ERROR_SUCCESS)
-                return rc;
-        }
-        if (rc != ERROR_NO_MORE_ITEMS)
-            return rc;
-    }
-    return RegDeleteKey(parent, name);
 }
 
 namespace {
@@ -334,22 +307,6 @@ LONG ReadEventValues(HKEY eventKey, const char* where, Record* record,
     return ReadDestIDs(eventKey, where, ids);
 }
 
-// A read transaction: the catalogue cannot change between enumeration and reads. It ends with a
-// commit, which writes nothing and leaves a caller's own transaction alone.
-class ReadSnapshot {
-  public:
-    ReadSnapshot() : open_(ZolRegBeginTransaction() == ERROR_SUCCESS) {}
-    ~ReadSnapshot() {
-        if (open_)
-            ZolRegCommitTransaction();
-    }
-    ReadSnapshot(const ReadSnapshot&) = delete;
-    ReadSnapshot& operator=(const ReadSnapshot&) = delete;
-
-  private:
-    bool open_;
-};
-
 // Reads every event of one open source key into list, tracking the most events of one source.
 template <class Record>
 LONG ReadSource(HKEY sourceKey, const char* source, std::vector<RecordPtr<Record>>* list) {
@@ -406,8 +363,9 @@ constexpr LONG kTooManyDestinations = -50;
 
 // Sets (flag 1) or clears (flag 0) the binding of one destination ID in an event key.
 LONG SetBinding(HKEY eventKey, const char* id, int32_t flag) {
-    WriteKey dest;
-    LONG rc = flag == 1 ? dest.Create(eventKey, kDestSubkey) : dest.Open(eventKey, kDestSubkey);
+    Key dest;
+    LONG rc =
+        flag == 1 ? dest.Create(eventKey, kDestSubkey) : dest.OpenWrite(eventKey, kDestSubkey);
     if (flag == 0) {
         if (rc == ERROR_FILE_NOT_FOUND)
             return ERROR_SUCCESS;
@@ -483,6 +441,7 @@ int ReadCatalogue(Record*** records, int* count, int* numSN, int* numEvntID) {
     std::size_t mostEvents = 0;
     LONG rc;
     {
+        // The catalogue cannot change between enumeration and reads.
         ReadSnapshot snapshot;
         Key root;
         rc = root.OpenRead(HKEY_LOCAL_MACHINE, Layout<Record>::kRoot);
@@ -603,8 +562,8 @@ int WriteOne(Record* record, int changed) {
     Transaction tx;
     if (tx.status() != ERROR_SUCCESS)
         return WriteFailure(tx.status(), path.c_str());
-    WriteKey key;
-    LONG rc = key.Open(HKEY_LOCAL_MACHINE, path.c_str());
+    Key key;
+    LONG rc = key.OpenWrite(HKEY_LOCAL_MACHINE, path.c_str());
     if (rc == ERROR_FILE_NOT_FOUND) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "no such %s: %s.", Layout<Record>::kNoun, path.c_str());
         return kFailed;
@@ -624,15 +583,12 @@ int WriteOne(Record* record, int changed) {
         const DWORD value = NumberIn(record, v);
         if (v.zeroKeepsStored && value == 0)
             continue;
-        rc = RegSetValueEx(key.get(), v.name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value),
-                           sizeof value);
+        rc = WriteDword(key.get(), v.name, value);
         if (rc != ERROR_SUCCESS)
             return WriteFailure(rc, path.c_str());
     }
     if (writeMethod) {
-        rc = RegSetValueEx(key.get(), "DealMethod", 0, REG_SZ,
-                           reinterpret_cast<const BYTE*>(record->DealMethod),
-                           static_cast<DWORD>(std::strlen(record->DealMethod) + 1));
+        rc = WriteText(key.get(), "DealMethod", record->DealMethod);
         if (rc != ERROR_SUCCESS)
             return WriteFailure(rc, path.c_str());
     }
@@ -652,8 +608,8 @@ int WriteFlagForSource(Record* record) {
     Transaction tx;
     if (tx.status() != ERROR_SUCCESS)
         return WriteFailure(tx.status(), path.c_str());
-    WriteKey source;
-    LONG rc = source.Open(HKEY_LOCAL_MACHINE, path.c_str());
+    Key source;
+    LONG rc = source.OpenWrite(HKEY_LOCAL_MACHINE, path.c_str());
     if (rc == ERROR_FILE_NOT_FOUND) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "no such source: %s.", path.c_str());
         return kFailed;
@@ -676,8 +632,8 @@ int WriteFlagForSource(Record* record) {
             break;
         if (rc != ERROR_SUCCESS)
             return WriteFailure(rc, path.c_str());
-        WriteKey eventKey;
-        if ((rc = eventKey.Open(source.get(), event)) != ERROR_SUCCESS ||
+        Key eventKey;
+        if ((rc = eventKey.OpenWrite(source.get(), event)) != ERROR_SUCCESS ||
             (rc = SetBinding(eventKey.get(), destination, record->ReportFlag)) != ERROR_SUCCESS) {
             return WriteFailure(rc, (path + "\\" + event).c_str());
         }

@@ -58,49 +58,8 @@ int WriteOne(Record* record, int changed);
 template <class Record>
 int WriteFlagForSource(Record* record);
 
-// ---- Store helpers the syslog exports share ----
+// ---- Store helper the syslog exports share ----
 
-// Owns a key opened or created for writing.
-class WriteKey {
-  public:
-    WriteKey() = default;
-    ~WriteKey() {
-        if (key_ != nullptr)
-            RegCloseKey(key_);
-    }
-    WriteKey(const WriteKey&) = delete;
-    WriteKey& operator=(const WriteKey&) = delete;
-    LONG Open(HKEY parent, const char* path);
-    LONG Create(HKEY parent, const char* path);
-    HKEY get() const { return key_; }
-
-  private:
-    HKEY key_ = nullptr;
-};
-
-// A write transaction rolled back unless committed.
-class Transaction {
-  public:
-    Transaction() : rc_(ZolRegBeginTransaction()) {}
-    ~Transaction() {
-        if (rc_ == ERROR_SUCCESS && !done_)
-            ZolRegRollbackTransaction();
-    }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-    LONG status() const { return rc_; }
-    LONG Commit() {
-        done_ = true;
-        return ZolRegCommitTransaction();
-    }
-
-  private:
-    LONG rc_;
-    bool done_ = false;
-};
-
-// Deletes key `name` under parent with everything below it.
-LONG DeleteTree(HKEY parent, const char* name);
 // Stored spelling of subkey `name` of key (compared without regard to case) into out
 // (ZOL_MAX_KEY_NAME + 1 bytes): ERROR_FILE_NOT_FOUND when there is none.
 LONG FindSubkey(HKEY key, const char* name, char* out);

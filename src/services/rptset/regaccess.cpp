@@ -9,7 +9,6 @@
 
 #include "regvalue.h"
 #include "rptset_api.h"
-#include "storewrite.h"
 
 namespace {
 
@@ -109,7 +108,7 @@ extern "C" ZOLWIN_API int AMAMRegWrite(HKEY root, const char* key, const char* v
     rptset::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
-        rptset::WritableKey target;
+        rptset::Key target;
         rc = target.Create(root, key);
         if (rc == ERROR_SUCCESS)
             rc =

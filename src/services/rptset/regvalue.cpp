@@ -1,5 +1,7 @@
-// Typed registry reads for the report-settings library.
+// Registry helpers shared by every area of the report-settings library (see regvalue.h).
 #include "regvalue.h"
+
+#include <string.h>
 
 #include <cstring>
 
@@ -8,6 +10,23 @@ namespace rptset {
 LONG Key::OpenRead(HKEY parent, const char* path) {
     Close();
     return RegOpenKeyEx(parent, path, 0, KEY_READ, &key_);
+}
+
+LONG Key::OpenWrite(HKEY parent, const char* path) {
+    Close();
+    const LONG rc = RegOpenKeyEx(parent, path, 0, KEY_ALL_ACCESS, &key_);
+    if (rc != ERROR_SUCCESS)
+        key_ = nullptr;
+    return rc;
+}
+
+LONG Key::Create(HKEY parent, const char* path) {
+    Close();
+    const LONG rc = RegCreateKeyEx(parent, path, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                   KEY_ALL_ACCESS, nullptr, &key_, nullptr);
+    if (rc != ERROR_SUCCESS)
+        key_ = nullptr;
+    return rc;
 }
 
 void Key::Close() {
@@ -89,6 +108,64 @@ bool EqualsNoCase(const char* a, const char* b) {
         if (*a == '\0')
             return true;
     }
+}
+
+LONG SubkeyName(HKEY key, DWORD index, std::string* name) {
+    char buffer[ZOL_MAX_KEY_NAME + 1];
+    DWORD length = sizeof buffer;
+    const LONG rc = RegEnumKeyEx(key, index, buffer, &length, nullptr, nullptr, nullptr, nullptr);
+    if (rc == ERROR_SUCCESS)
+        name->assign(buffer, length);
+    return rc;
+}
+
+LONG SubkeyNames(HKEY key, std::vector<std::string>* names) {
+    names->clear();
+    std::string name;
+    for (DWORD index = 0;; ++index) {
+        const LONG rc = SubkeyName(key, index, &name);
+        if (rc == ERROR_NO_MORE_ITEMS)
+            return ERROR_SUCCESS;
+        if (rc != ERROR_SUCCESS)
+            return rc;
+        names->push_back(name);
+    }
+}
+
+LONG DeleteTree(HKEY parent, const char* name) {
+    {
+        Key key;
+        LONG rc = key.OpenWrite(parent, name);
+        if (rc != ERROR_SUCCESS)
+            return rc;
+        // The names are listed first: deleting while enumerating would shift the indexes.
+        std::vector<std::string> children;
+        if ((rc = SubkeyNames(key.get(), &children)) != ERROR_SUCCESS)
+            return rc;
+        for (const std::string& child : children) {
+            if ((rc = DeleteTree(key.get(), child.c_str())) != ERROR_SUCCESS)
+                return rc;
+        }
+    }
+    return RegDeleteKey(parent, name);
+}
+
+LONG WriteDword(HKEY key, const char* name, uint32_t value) {
+    return RegSetValueEx(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value),
+                         sizeof value);
+}
+
+LONG WriteText(HKEY key, const char* name, const char* text) {
+    return RegSetValueEx(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
+                         static_cast<DWORD>(std::strlen(text) + 1));
+}
+
+LONG WriteTextField(HKEY key, const char* name, const char* field, std::size_t fieldSize) {
+    const std::size_t length = strnlen(field, fieldSize);
+    if (length == fieldSize)
+        return ERROR_INVALID_PARAMETER;
+    return RegSetValueEx(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(field),
+                         static_cast<DWORD>(length + 1));
 }
 
 }  // namespace rptset

@@ -1,14 +1,19 @@
-// Registry helpers of the report-settings library: a key owner and typed value readers.
+// Registry helpers shared by every area of the report-settings library: a key owner and typed
+// value readers; a store transaction that rolls back unless committed, a read snapshot, a key
+// kept for writing, subkey listing and deletion, and typed value writers.
 #pragma once
 
 #include <zolwin.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace rptset {
 
-// Owns an open registry key and closes it on every path out of the scope.
+// Owns an open registry key and closes it on every path out of the scope: opened for reading,
+// opened with full access (a missing key is an error), or created with its missing parents.
 class Key {
   public:
     Key() = default;
@@ -16,8 +21,10 @@ class Key {
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
 
-    // Opens path under parent (HKEY_LOCAL_MACHINE or an open key) for reading.
+    // Each opens path under parent (HKEY_LOCAL_MACHINE or an open key).
     LONG OpenRead(HKEY parent, const char* path);
+    LONG OpenWrite(HKEY parent, const char* path);
+    LONG Create(HKEY parent, const char* path);
     HKEY get() const { return key_; }
     void Close();
 
@@ -43,5 +50,67 @@ ValueRead ReadTextField(HKEY key, const char* name, char* field, std::size_t siz
 
 // ASCII case-insensitive equality, as the store compares key names.
 bool EqualsNoCase(const char* a, const char* b);
+
+// Name of subkey `index` of key: ERROR_NO_MORE_ITEMS past the last.
+LONG SubkeyName(HKEY key, DWORD index, std::string* name);
+// Names of the subkeys of key, in the store's order.
+LONG SubkeyNames(HKEY key, std::vector<std::string>* names);
+// Deletes subkey name of parent with everything below it.
+LONG DeleteTree(HKEY parent, const char* name);
+
+// ---- Transactions and writing ----
+
+// One store transaction for a write of several values. Leaving the scope without Commit rolls
+// it back, so an early return never leaves half a record behind. Nests inside a caller's own
+// transaction as the platform's transactions do (only the outermost commit writes).
+class Transaction {
+  public:
+    Transaction() : begun_(ZolRegBeginTransaction()) {}
+    ~Transaction() {
+        if (begun_ == ERROR_SUCCESS && !ended_)
+            ZolRegRollbackTransaction();
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+
+    // ERROR_SUCCESS when the transaction could be begun.
+    LONG status() const { return begun_; }
+    // Commits; a transaction that could not be begun returns why and commits nothing, since
+    // a commit of our own level would otherwise end a caller's outer transaction.
+    LONG Commit() {
+        if (begun_ != ERROR_SUCCESS)
+            return begun_;
+        ended_ = true;
+        return ZolRegCommitTransaction();
+    }
+
+  private:
+    LONG begun_;
+    bool ended_ = false;
+};
+
+// A consistent view for a read of several values or keys: no other process's commit lands
+// between them. It always ends with a commit, which writes nothing here and, unlike a
+// rollback, leaves a caller's own outer transaction usable.
+class ReadSnapshot {
+  public:
+    ReadSnapshot() : begun_(ZolRegBeginTransaction() == ERROR_SUCCESS) {}
+    ~ReadSnapshot() {
+        if (begun_)
+            ZolRegCommitTransaction();
+    }
+    ReadSnapshot(const ReadSnapshot&) = delete;
+    ReadSnapshot& operator=(const ReadSnapshot&) = delete;
+
+  private:
+    bool begun_;
+};
+
+LONG WriteDword(HKEY key, const char* name, uint32_t value);
+// Texts are stored with their terminating zero, as every text of the store is kept.
+LONG WriteText(HKEY key, const char* name, const char* text);
+// Writes a text field of fieldSize bytes; ERROR_INVALID_PARAMETER (nothing written) when the
+// field holds no terminator.
+LONG WriteTextField(HKEY key, const char* name, const char* field, std::size_t fieldSize);
 
 }  // namespace rptset

@@ -158,10 +158,10 @@ extern "C" ZOLWIN_API int AddSyslogItem(SyslogData* record) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<return -1.");
         return -1;
     }
-    monitor::Transaction tx;
+    rptset::Transaction tx;
     if (tx.status() != ERROR_SUCCESS)
         return AddFailure(tx.status());
-    monitor::WriteKey root;
+    rptset::Key root;
     LONG rc = root.Create(HKEY_LOCAL_MACHINE, monitor::kSyslogRoot);
     if (rc != ERROR_SUCCESS)
         return AddFailure(rc);
@@ -184,7 +184,7 @@ extern "C" ZOLWIN_API int AddSyslogItem(SyslogData* record) {
     } else if (rc != ERROR_FILE_NOT_FOUND) {
         return AddFailure(rc);
     }
-    monitor::WriteKey item;
+    rptset::Key item;
     const std::string path = std::string(record->SourceName) + "\\" + record->EventID;
     if ((rc = item.Create(root.get(), path.c_str())) != ERROR_SUCCESS ||
         (rc = WriteNewItem(item.get(), record)) != ERROR_SUCCESS ||
@@ -208,15 +208,15 @@ extern "C" ZOLWIN_API int DelSyslogItem(const char* source, const char* eventID)
         return -1;
     }
     const bool wholeSource = std::strcmp(eventID, EVENT_ID_ALL) == 0;
-    monitor::Transaction tx;
+    rptset::Transaction tx;
     LONG rc = tx.status();
-    monitor::WriteKey root;
+    rptset::Key root;
     if (rc == ERROR_SUCCESS)
-        rc = root.Open(HKEY_LOCAL_MACHINE, monitor::kSyslogRoot);
+        rc = root.OpenWrite(HKEY_LOCAL_MACHINE, monitor::kSyslogRoot);
     if (rc == ERROR_SUCCESS) {
         const std::string target =
             wholeSource ? std::string(source) : std::string(source) + "\\" + eventID;
-        rc = monitor::DeleteTree(root.get(), target.c_str());
+        rc = rptset::DeleteTree(root.get(), target.c_str());
         if (rc == ERROR_SUCCESS && !wholeSource)
             rc = DropSourceIfEmpty(root.get(), source);
     }

@@ -9,7 +9,6 @@
 
 #include "regvalue.h"
 #include "rptset_api.h"
-#include "storewrite.h"
 
 namespace {
 
@@ -100,7 +99,7 @@ LONG WriteList(const TrapList& list) {
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
-    rptset::WritableKey key;
+    rptset::Key key;
     rc = key.Create(HKEY_LOCAL_MACHINE, kSnmpMethodKey);
     if (rc == ERROR_SUCCESS) {
         rc = RegSetValueEx(key.get(), kTrapDestValue, 0, REG_MULTI_SZ,

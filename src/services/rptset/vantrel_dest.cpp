@@ -137,8 +137,8 @@ LONG WriteMail(HKEY address, const VxMLDestData& mail) {
 LONG WriteRecord(const DestData& record) {
     if (!rptset::StorableID(record.ID) || !IsVantrelID(record.ID))
         return ERROR_INVALID_PARAMETER;
-    rptset::WriteKey idList;
-    LONG rc = idList.Open(HKEY_LOCAL_MACHINE, rptset::kIDListKey);
+    rptset::Key idList;
+    LONG rc = idList.OpenWrite(HKEY_LOCAL_MACHINE, rptset::kIDListKey);
     std::vector<std::string> names;
     if (rc != ERROR_SUCCESS || (rc = rptset::SubkeyNames(idList.get(), &names)) != 0)
         return rc;
@@ -235,7 +235,7 @@ extern "C" ZOLWIN_API int SetAMAMDeseSetting(const VxMLDestData* mail, DestData*
     rptset::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS && recordOnly == 0) {
-        rptset::WriteKey address;
+        rptset::Key address;
         rc = address.Create(HKEY_LOCAL_MACHINE, kAddressKey);
         if (rc == ERROR_SUCCESS)
             rc = WriteMail(address.get(), *mail);

@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "regvalue.h"
 #include "rptset_api.h"
 #include "vntstore.h"
 
@@ -19,9 +20,9 @@ int GetList(const char* keyPath, int max, char** names, int* count) {
         return 0;
     }
     std::vector<std::string> list;
-    rptset::vnt::Transaction transaction;
+    rptset::Transaction transaction;
     const bool read =
-        transaction.Begun() == ERROR_SUCCESS && rptset::vnt::ReadList(keyPath, max, &list);
+        transaction.status() == ERROR_SUCCESS && rptset::vnt::ReadList(keyPath, max, &list);
     transaction.Commit();
     if (!read) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<read of %s failed.return 0.", keyPath);

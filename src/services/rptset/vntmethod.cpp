@@ -6,7 +6,6 @@
 
 #include "regvalue.h"
 #include "rptset_api.h"
-#include "storewrite.h"
 
 namespace {
 
@@ -56,7 +55,7 @@ extern "C" ZOLWIN_API int AMSetVntMethod(int method) {
     rptset::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
-        rptset::WritableKey key;
+        rptset::Key key;
         rc = key.Create(HKEY_LOCAL_MACHINE, kServiceKey);
         if (rc == ERROR_SUCCESS)
             rc = rptset::WriteDword(key.get(), kMethodTypeValue, static_cast<uint32_t>(method));
@@ -77,8 +76,8 @@ extern "C" ZOLWIN_API int AMResetOpenSet(void) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
     // The key belongs to the built-in destination VantrelReport: it is opened, never created,
     // so that a store without that destination does not gain half of one.
-    rptset::WritableKey key;
-    LONG rc = key.OpenExisting(HKEY_LOCAL_MACHINE, kVantrelAddressKey);
+    rptset::Key key;
+    LONG rc = key.OpenWrite(HKEY_LOCAL_MACHINE, kVantrelAddressKey);
     if (rc == ERROR_SUCCESS)
         rc = rptset::WriteDword(key.get(), kEOpeningValue, 0);
     if (rc != ERROR_SUCCESS) {

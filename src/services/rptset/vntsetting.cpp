@@ -15,14 +15,15 @@
 #include <type_traits>
 #include <vector>
 
+#include "regvalue.h"
 #include "rptset_api.h"
 #include "vntstore.h"
 
 namespace {
 
+using rptset::Key;
+using rptset::Transaction;
 using rptset::vnt::ReadKey;
-using rptset::vnt::Transaction;
-using rptset::vnt::WriteKey;
 
 // One 128-byte text field of a record and the SETTING value that holds it.
 template <class R>
@@ -125,11 +126,11 @@ const TextValue<R>* FirstBadText(const R& record, Fields<R> fields, std::string*
 
 // Writes the text fields that writers store into the open SETTING key.
 template <class R>
-LONG WriteTexts(WriteKey& key, const R& record, Fields<R> fields) {
+LONG WriteTexts(Key& key, const R& record, Fields<R> fields) {
     for (const TextValue<R>& f : fields) {
         if (f.maxBytes == 0)
             continue;
-        const LONG rc = key.Text(f.value, record.*f.field);
+        const LONG rc = rptset::WriteText(key.get(), f.value, record.*f.field);
         if (rc != ERROR_SUCCESS)
             return rc;
     }
@@ -141,9 +142,9 @@ LONG WriteTexts(WriteKey& key, const R& record, Fields<R> fields) {
 template <class R, class Fill>
 bool ReadRecord(R* record, std::unique_ptr<R> fresh, Fill fill) {
     Transaction transaction;
-    if (transaction.Begun() != ERROR_SUCCESS) {
+    if (transaction.status() != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "the store cannot be read (%d).",
-                  static_cast<int>(transaction.Begun()));
+                  static_cast<int>(transaction.status()));
         return false;
     }
     if (!fill(fresh.get())) {
@@ -159,10 +160,10 @@ bool ReadRecord(R* record, std::unique_ptr<R> fresh, Fill fill) {
 template <class Write>
 bool WriteSetting(Write write) {
     Transaction transaction;
-    LONG rc = transaction.Begun();
+    LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
-        WriteKey key;
-        rc = key.Create(rptset::vnt::kSettingKey);
+        Key key;
+        rc = key.Create(HKEY_LOCAL_MACHINE, rptset::vnt::kSettingKey);
         if (rc == ERROR_SUCCESS)
             rc = write(key);
     }
@@ -273,8 +274,9 @@ extern "C" ZOLWIN_API int SetVntUserSetting(VntUserData* record) {
     }
     if (!TextsAcceptable(*record, kUserTexts))
         return 0;
-    const bool ok = WriteSetting([record](WriteKey& key) {
-        const LONG rc = key.Dword(kKindValue, static_cast<uint32_t>(record->Kind));
+    const bool ok = WriteSetting([record](Key& key) {
+        const LONG rc =
+            rptset::WriteDword(key.get(), kKindValue, static_cast<uint32_t>(record->Kind));
         return rc != ERROR_SUCCESS ? rc : WriteTexts(key, *record, kUserTexts);
     });
     if (!ok) {
@@ -307,7 +309,7 @@ template <class R>
 int SetTextRecord(const R& record, Fields<R> fields) {
     if (!TextsAcceptable(record, fields))
         return 0;
-    if (!WriteSetting([&](WriteKey& key) { return WriteTexts(key, record, fields); })) {
+    if (!WriteSetting([&](Key& key) { return WriteTexts(key, record, fields); })) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<return 0.");
         return 0;
     }
@@ -351,7 +353,7 @@ extern "C" ZOLWIN_API int GetVntVendSetting(VntVendData* record, char** vendors,
     std::vector<std::string> names;
     auto fresh = std::make_unique<VntVendData>();
     Transaction transaction;
-    bool ok = transaction.Begun() == ERROR_SUCCESS;
+    bool ok = transaction.status() == ERROR_SUCCESS;
     if (ok) {
         ReadKey key;
         ok = key.Open(rptset::vnt::kSettingKey) == ERROR_SUCCESS &&
@@ -427,7 +429,7 @@ extern "C" ZOLWIN_API int SetVntOptSetting(VntOptData* record) {
     // Only the code is stored; the name is the list's. The code is checked against the list
     // inside the writing transaction, so the list cannot change in between.
     bool known = true;
-    const bool ok = WriteSetting([record, &known](WriteKey& key) -> LONG {
+    const bool ok = WriteSetting([record, &known](Key& key) -> LONG {
         std::vector<std::string> kinds;
         if (!rptset::vnt::ReadList(rptset::vnt::kOptionListKey, VNT_OPTION_LIST_MAX, &kinds))
             return ERROR_REGISTRY_IO_FAILED;
@@ -435,7 +437,7 @@ extern "C" ZOLWIN_API int SetVntOptSetting(VntOptData* record) {
             known = false;
             return ERROR_INVALID_PARAMETER;
         }
-        return key.Dword(kOptionValue, record->OptionCode);
+        return rptset::WriteDword(key.get(), kOptionValue, record->OptionCode);
     });
     if (!known) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]OptionCode %u is not in the option kind list.return 0.",

@@ -27,18 +27,6 @@ std::size_t EucPrefixLength(std::string_view text, std::size_t limit) {
     return end < text.size() ? end : text.size();
 }
 
-Transaction::~Transaction() {
-    if (begun_ == ERROR_SUCCESS && !ended_)
-        ZolRegRollbackTransaction();
-}
-
-LONG Transaction::Commit() {
-    if (begun_ != ERROR_SUCCESS)
-        return begun_;
-    ended_ = true;
-    return ZolRegCommitTransaction();
-}
-
 ReadKey::~ReadKey() {
     if (key_ != nullptr)
         RegCloseKey(key_);
@@ -108,32 +96,6 @@ bool ReadDwordValue(const ReadKey& key, const char* keyPath, const char* name, u
     if (r == ValueRead::WrongType)
         TraceUnusable(keyPath, name, r);
     return r != ValueRead::Failed;
-}
-
-WriteKey::~WriteKey() {
-    if (key_ != nullptr)
-        RegCloseKey(key_);
-}
-
-LONG WriteKey::Create(const char* path) {
-    if (key_ != nullptr)
-        RegCloseKey(key_);
-    key_ = nullptr;
-    const LONG rc = RegCreateKeyEx(HKEY_LOCAL_MACHINE, path, 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                   KEY_ALL_ACCESS, nullptr, &key_, nullptr);
-    if (rc != ERROR_SUCCESS)
-        key_ = nullptr;
-    return rc;
-}
-
-LONG WriteKey::Text(const char* name, const char* text) {
-    return RegSetValueEx(key_, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text),
-                         static_cast<DWORD>(std::strlen(text) + 1));
-}
-
-LONG WriteKey::Dword(const char* name, uint32_t value) {
-    return RegSetValueEx(key_, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value),
-                         sizeof value);
 }
 
 bool ReadList(const char* keyPath, int max, std::vector<std::string>* names) {

@@ -1,5 +1,5 @@
 // Store access shared by the remote report service's record and list functions of rptset.dll:
-// transactions, value readers that fall back to defaults, a key writer, and the numbered lists.
+// value readers that fall back to defaults and the numbered lists.
 #pragma once
 
 #include <zolwin.h>
@@ -22,23 +22,6 @@ inline constexpr const char* kOptionListKey = "SOFTWARE\\Tavik\\VNTService\\LIST
 // Length of the longest start of text that has at most limit bytes and does not end inside an
 // EUC-JP character, so that a cut never leaves half a kanji behind.
 std::size_t EucPrefixLength(std::string_view text, std::size_t limit);
-
-// A store transaction that is rolled back unless committed. Readers commit too: a read-only
-// transaction writes nothing, and a rollback would spoil a caller's own outer transaction.
-class Transaction {
-  public:
-    Transaction() : begun_(ZolRegBeginTransaction()) {}
-    ~Transaction();
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-
-    LONG Begun() const { return begun_; }
-    LONG Commit();
-
-  private:
-    LONG begun_;
-    bool ended_ = false;
-};
 
 // A key opened for reading that may be missing: a missing key reads as all defaults.
 class ReadKey {
@@ -63,23 +46,6 @@ bool ReadTextValue(const ReadKey& key, const char* keyPath, const char* name, ch
                    std::size_t size);
 // The same for a REG_DWORD value.
 bool ReadDwordValue(const ReadKey& key, const char* keyPath, const char* name, uint32_t* out);
-
-// A key opened, or created, for writing inside the caller's transaction.
-class WriteKey {
-  public:
-    WriteKey() = default;
-    ~WriteKey();
-    WriteKey(const WriteKey&) = delete;
-    WriteKey& operator=(const WriteKey&) = delete;
-
-    LONG Create(const char* path);
-    // Writes text with its terminating zero.
-    LONG Text(const char* name, const char* text);
-    LONG Dword(const char* name, uint32_t value);
-
-  private:
-    HKEY key_ = nullptr;
-};
 
 // Reads a list key: its REG_SZ values named "000", "001", ... in that order up to the first
 // missing number, at most max entries. An entry of another type ends the list there; entries
