@@ -100,10 +100,10 @@ int Make(int argc, char** argv) {
     fs::create_directories(dir, ec);
     if (ec || !fs::is_directory(dir))
         return Refuse(dir.string(), "not a folder and cannot be made one");
-    fs::path existing;
+    std::string existing;
     if (vntcore::LocateKeyFile(dir.c_str(), &existing) && !force)
-        return Refuse(existing.string(), "exists (give --force to replace it)");
-    const fs::path file = existing.empty() ? dir / vntcore::kKeyFileName : existing;
+        return Refuse(existing, "exists (give --force to replace it)");
+    const fs::path file = existing.empty() ? dir / vntcore::kKeyFileName : fs::path(existing);
     if (const std::string failed = WriteWhole(file, text); !failed.empty())
         return Refuse(dir.string(), failed);
     std::printf("%s: key floppy of type %u written\n", file.c_str(), floppy.type);
@@ -114,7 +114,7 @@ int Check(int argc, char** argv) {
     if (argc != 1)
         return Usage();
     const char* path = argv[0];
-    fs::path file;
+    std::string file;
     std::string bytes;
     vntcore::KeyFloppy floppy;
     vntcore::KeyResult result = vntcore::LocateKeyFile(path, &file);
@@ -123,7 +123,7 @@ int Check(int argc, char** argv) {
     if (result)
         result = vntcore::ParseKeyFile(bytes, &floppy);
     if (!result)
-        return Refuse(file.empty() ? std::string(path) : file.string(), result.reason);
+        return Refuse(file.empty() ? std::string(path) : file, result.reason);
     std::printf("%s: key floppy of type %u\n", file.c_str(), floppy.type);
     for (const vntcore::KeyValue& v : floppy.values)
         std::printf("%s=%s\n", v.item->name, v.text.c_str());

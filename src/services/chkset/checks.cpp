@@ -1,13 +1,13 @@
 // chkset.dll: checks that the remote report service can run: its heartbeat schedule in the
 // store is whole and in range, and its log folder $ZolDir/log/vnt is there and writable.
+#include <sys/stat.h>
 #include <unistd.h>
 #include <zolwin.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
 #include <string>
-#include <system_error>
 #include <type_traits>
 
 #include "heartbeat.h"
@@ -86,10 +86,16 @@ extern "C" ZOLWIN_API int CheckLogFile(void) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetZolRootPath failed.return -1.");
         return -1;
     }
-    const std::filesystem::path folder = std::filesystem::path(root) / "log" / "vnt";
-    std::error_code ec;
-    std::filesystem::create_directories(folder, ec);
-    if (ec || !std::filesystem::is_directory(folder, ec)) {
+    // mkdir rather than <filesystem>, which would bring the C++ locale start-up into the library.
+    std::string folder = root;
+    struct stat st {};
+    bool made = true;
+    for (const char* part : {"/log", "/vnt"}) {
+        folder += part;
+        if (mkdir(folder.c_str(), 0755) != 0 && errno != EEXIST)
+            made = false;
+    }
+    if (!made || stat(folder.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<%s is not a folder and cannot be made one.return -1.",
                   folder.c_str());
         return -1;

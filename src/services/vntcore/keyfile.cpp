@@ -1,10 +1,15 @@
 // The key-floppy file: reading, checking and writing its text, and storing its values.
 #include "keyfile.h"
 
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <array>
+#include <cerrno>
 #include <cstdio>
-#include <fstream>
-#include <system_error>
+#include <memory>
 
 #include "heartbeat.h"
 #include "records.h"
@@ -281,49 +286,69 @@ std::string ComposeKeyFile(const std::vector<std::pair<std::string, std::string>
     return text + checksum;
 }
 
-KeyResult LocateKeyFile(const char* path, std::filesystem::path* file) {
-    namespace fs = std::filesystem;
+// The libraries read files with POSIX calls rather than <fstream> and <filesystem>: those would
+// link the C++ locale machinery into every library that carries this reader, and its start-up
+// into every load of the library.
+KeyResult LocateKeyFile(const char* path, std::string* file) {
     if (path == nullptr || *path == '\0')
         return Fail(KeyFault::BadPath, "no path given");
-    std::error_code ec;
-    const fs::file_status status = fs::status(path, ec);
-    if (ec || !fs::exists(status))
+    struct stat st {};
+    if (stat(path, &st) != 0)
         return Fail(KeyFault::BadPath, std::string(path) + " does not exist");
-    if (fs::is_regular_file(status)) {
+    if (S_ISREG(st.st_mode)) {
         *file = path;
         return {};
     }
-    if (!fs::is_directory(status))
+    if (!S_ISDIR(st.st_mode))
         return Fail(KeyFault::BadPath, std::string(path) + " is neither a folder nor a file");
-    for (fs::directory_iterator it(path, ec), end; !ec && it != end; it.increment(ec)) {
-        if (EqualsNoCase(it->path().filename().native(), kKeyFileName) && it->is_regular_file(ec)) {
-            *file = it->path();
+    const std::unique_ptr<DIR, int (*)(DIR*)> dir(opendir(path), closedir);
+    if (!dir)
+        return Fail(KeyFault::BadPath, std::string(path) + " cannot be listed");
+    std::string folder(path);
+    if (folder.back() != '/')
+        folder += '/';
+    errno = 0;
+    while (const dirent* entry = readdir(dir.get())) {
+        if (!EqualsNoCase(entry->d_name, kKeyFileName))
+            continue;
+        const std::string candidate = folder + entry->d_name;
+        if (stat(candidate.c_str(), &st) == 0 && S_ISREG(st.st_mode)) {
+            *file = candidate;
             return {};
         }
     }
-    if (ec)
+    if (errno != 0)
         return Fail(KeyFault::BadPath, std::string(path) + " cannot be listed");
     return Fail(KeyFault::BadPath, std::string("no ") + kKeyFileName + " in " + path);
 }
 
 KeyResult LoadKeyFile(const char* path, std::size_t maxSize, std::string* bytes) {
-    std::filesystem::path file;
+    std::string file;
     if (KeyResult located = LocateKeyFile(path, &file); !located)
         return located;
-    std::ifstream in(file, std::ios::binary);
-    if (!in)
-        return Fail(KeyFault::BadFile, file.string() + " cannot be read");
+    const int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return Fail(KeyFault::BadFile, file + " cannot be read");
+    const std::unique_ptr<const int, void (*)(const int*)> closer(&fd,
+                                                                  [](const int* f) { close(*f); });
     // Read in pieces until the end or one byte past maxSize: the size is judged by what was
     // read, not by a stat that a writer could overtake, and a large maxSize costs no memory.
     std::string data;
     char piece[4096];
-    while (data.size() <= maxSize && in.read(piece, sizeof piece).gcount() > 0)
-        data.append(piece, static_cast<std::size_t>(in.gcount()));
-    if (in.bad())
-        return Fail(KeyFault::BadFile, file.string() + " cannot be read");
+    while (data.size() <= maxSize) {
+        const ssize_t n = read(fd, piece, sizeof piece);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return Fail(KeyFault::BadFile, file + " cannot be read");
+        if (n == 0)
+            break;
+        data.append(piece, static_cast<std::size_t>(n));
+    }
     if (data.size() > maxSize) {
-        return Fail(KeyFault::BadFile,
-                    file.string() + " is larger than " + std::to_string(maxSize) + " bytes");
+        char limit[32];
+        std::snprintf(limit, sizeof limit, "%zu", maxSize);
+        return Fail(KeyFault::BadFile, file + " is larger than " + limit + " bytes");
     }
     *bytes = std::move(data);
     return {};

@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <span>
 #include <string>
 #include <string_view>
@@ -79,7 +78,7 @@ std::string ComposeKeyFile(const std::vector<std::pair<std::string, std::string>
 
 // The key-floppy file at path: path itself when it is a file, else the entry of the folder
 // path named VNTKEY.TXT in any case (floppies are often mounted with lower-case names).
-KeyResult LocateKeyFile(const char* path, std::filesystem::path* file);
+KeyResult LocateKeyFile(const char* path, std::string* file);
 // Locates the file and reads it whole when it is at most maxSize bytes.
 KeyResult LoadKeyFile(const char* path, std::size_t maxSize, std::string* bytes);
 // True when the bytes begin with the signature line of this format.
