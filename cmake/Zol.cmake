@@ -8,7 +8,18 @@ add_compile_options(-Wall -Wextra -Werror -Wno-error=deprecated-declarations)
 # The service libraries must really unload with FreeLibrary. GCC gives inline variables and the
 # static locals of library templates "unique" binding, which pins a shared object in memory for
 # the rest of the process; ordinary weak symbols do not.
-add_compile_options(-fno-gnu-unique)
+# Clang never gives that binding and has no option for it.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options(-fno-gnu-unique)
+endif()
+# The libFuzzer build instruments everything for coverage and runs under the sanitizers.
+if(ZOL_FUZZ_ENGINE STREQUAL "libfuzzer")
+    if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+        message(FATAL_ERROR "ZOL_FUZZ_ENGINE=libfuzzer needs clang (configure with CC=clang CXX=clang++)")
+    endif()
+    set(ZOL_SANITIZE ON)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 if(ZOL_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
     add_link_options(-fsanitize=address,undefined)

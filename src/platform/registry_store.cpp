@@ -23,8 +23,8 @@ constexpr const char* kStatementSql[] = {
     "DELETE FROM keys WHERE id = ?1",
     "UPDATE keys SET mtime = ?2 WHERE id = ?1",
     // The first spelling of a value name is kept when it is written again in another case.
-    "INSERT INTO vals(key, name, fold, type, data) VALUES (?1, ?2, ?3, ?4, ?5) "
-    "ON CONFLICT(key, fold) DO UPDATE SET type = excluded.type, data = excluded.data",
+    ("INSERT INTO vals(key, name, fold, type, data) VALUES (?1, ?2, ?3, ?4, ?5) "
+     "ON CONFLICT(key, fold) DO UPDATE SET type = excluded.type, data = excluded.data"),
     "DELETE FROM vals WHERE key = ?1 AND fold = ?2",
     "SELECT id, name, fold, mtime FROM keys WHERE parent = ?1 ORDER BY fold",
     "SELECT name, fold, type, data FROM vals WHERE key = ?1 ORDER BY fold",
