@@ -21,7 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // Exactly the file's size plus the spare bytes, so that ASan sees any read beyond them.
     const std::size_t bufferSize = input.size() + kRcFileSpare;
     const std::unique_ptr<char[]> buffer(new char[bufferSize]);
-    std::memcpy(buffer.get(), input.data(), input.size());
+    if (!input.empty())
+        std::memcpy(buffer.get(), input.data(), input.size());
     std::memset(buffer.get() + input.size(), 0, kRcFileSpare);
 
     const int rc = CPFindDestStr(buffer.get(), id.c_str());
