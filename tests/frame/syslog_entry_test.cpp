@@ -23,7 +23,10 @@ constexpr int kSyslogRow = 3;
 void runSyslogScreen(const ProductRoot& root, zoltest::Terminal& t,
                      const std::function<void()>& during = {}) {
     t.send(keys::Home);
-    t.send(std::string(keys::Down) + std::string(keys::Down) + std::string(keys::Down));
+    std::string down;
+    for (int row = 0; row < kSyslogRow; ++row)
+        down += keys::Down;
+    t.send(down);
     t.send(keys::Enter);
     if (!during)
         return;  // an entry that is expected to end without the screen
