@@ -28,7 +28,7 @@ constexpr std::size_t kMaxInputSize = 16384;
 
 void Run(const Input& input) {
     // A copy of exactly the input's size, so that a read past its end is caught by ASan.
-    const std::unique_ptr<uint8_t[]> copy(new uint8_t[input.size() + 1]);
+    const std::unique_ptr<uint8_t[]> copy(new uint8_t[input.size()]);
     std::copy(input.begin(), input.end(), copy.get());
     LLVMFuzzerTestOneInput(input.empty() ? nullptr : copy.get(), input.size());
 }
