@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "raw_store.h"
 #include "zolwin.h"
 
 namespace {
@@ -94,77 +95,7 @@ Fixture& fixture() {
     return f;
 }
 
-// The same reads with SQLite alone: one connection, prepared statements, the store's schema.
-class Raw {
-  public:
-    explicit Raw(const std::string& file) {
-        sqlite3_open_v2(file.c_str(), &db_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-        sqlite3_busy_timeout(db_, 10000);
-        prepare(findChild_, "SELECT id FROM keys WHERE parent = ?1 AND fold = ?2");
-        prepare(children_, "SELECT id, name FROM keys WHERE parent = ?1 ORDER BY fold");
-        prepare(value_, "SELECT type, data FROM vals WHERE key = ?1 AND fold = ?2");
-    }
-    ~Raw() {
-        for (sqlite3_stmt* s : {findChild_, children_, value_})
-            sqlite3_finalize(s);
-        sqlite3_close(db_);
-    }
-
-    // Follows a backslash path from the root key, folding each name as the store does.
-    sqlite3_int64 resolve(const char* path) {
-        sqlite3_int64 id = 1;
-        std::string part;
-        for (const char* p = path;; ++p) {
-            if (*p == '\\' || *p == '\0') {
-                sqlite3_bind_int64(findChild_, 1, id);
-                sqlite3_bind_text(findChild_, 2, part.data(), static_cast<int>(part.size()),
-                                  SQLITE_STATIC);
-                id = sqlite3_step(findChild_) == SQLITE_ROW ? sqlite3_column_int64(findChild_, 0)
-                                                            : -1;
-                sqlite3_reset(findChild_);
-                part.clear();
-                if (*p == '\0' || id < 0)
-                    return id;
-            } else {
-                part.push_back(*p >= 'A' && *p <= 'Z' ? static_cast<char>(*p + 32) : *p);
-            }
-        }
-    }
-
-    // Copies a value into buf like a query does; returns its size or -1.
-    int value(sqlite3_int64 key, const std::string& fold, BYTE* buf, size_t size) {
-        sqlite3_bind_int64(value_, 1, key);
-        sqlite3_bind_text(value_, 2, fold.data(), static_cast<int>(fold.size()), SQLITE_STATIC);
-        int n = -1;
-        if (sqlite3_step(value_) == SQLITE_ROW) {
-            n = sqlite3_column_bytes(value_, 1);
-            if (static_cast<size_t>(n) <= size)
-                std::memcpy(buf, sqlite3_column_blob(value_, 1), n);
-        }
-        sqlite3_reset(value_);
-        return n;
-    }
-
-    sqlite3_stmt* children() { return children_; }
-
-    // A commit from this connection, as another process would make it.
-    void commitSomething() {
-        sqlite3_exec(db_, "UPDATE keys SET mtime = mtime + 1 WHERE id = 1", nullptr, nullptr,
-                     nullptr);
-    }
-
-  private:
-    void prepare(sqlite3_stmt*& s, const char* sql) {
-        if (sqlite3_prepare_v3(db_, sql, -1, SQLITE_PREPARE_PERSISTENT, &s, nullptr) != SQLITE_OK) {
-            std::fprintf(stderr, "prepare failed: %s\n", sqlite3_errmsg(db_));
-            std::abort();
-        }
-    }
-    sqlite3* db_ = nullptr;
-    sqlite3_stmt* findChild_ = nullptr;
-    sqlite3_stmt* children_ = nullptr;
-    sqlite3_stmt* value_ = nullptr;
-};
+using Raw = zolbench::RawStore;
 
 void pointRegistry(benchmark::State& state, bool cold) {
     Raw other(fixture().store());
@@ -297,7 +228,7 @@ void tableRaw(benchmark::State& state, bool cold) {
         }
         const sqlite3_int64 list = raw.resolve(kTableKey);
         int rows = 0;
-        sqlite3_stmt* e = raw.children();
+        sqlite3_stmt* e = raw.childrenQuery();
         sqlite3_bind_int64(e, 1, list);
         while (sqlite3_step(e) == SQLITE_ROW) {
             const sqlite3_int64 id = sqlite3_column_int64(e, 0);
