@@ -1,7 +1,8 @@
 // Checks of the mail-server screens' typed fields: plain functions, unit-tested without a screen.
 #include "baseset/mailserver_input.h"
 
-#include <charconv>
+#include "frame/checks.h"
+
 #include <cstring>
 
 namespace mailinput {
@@ -37,23 +38,6 @@ bool isPort(const std::optional<std::uint32_t>& port) {
 
 }  // namespace
 
-std::optional<std::uint32_t> ParseDecimal(std::string_view text) {
-    std::uint32_t value = 0;
-    const char* end = text.data() + text.size();
-    const auto [ptr, ec] = std::from_chars(text.data(), end, value);
-    // from_chars of an unsigned type takes no sign and no blank; the whole text must be used.
-    if (text.empty() || ec != std::errc() || ptr != end)
-        return std::nullopt;
-    return value;
-}
-
-std::string_view TrimBlanks(std::string_view text) {
-    const auto first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos)
-        return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 std::optional<Refusal> CheckPopInput(const PopInput& in, const ServerCheck& checkServer,
                                      POPParam* record, std::uint32_t* wait) {
     if (auto r = checkText(in.server, "POP_MAILSRV_EMPTY", "MAILSV_LENGTH_ERROR", Box::Warning))
@@ -66,12 +50,12 @@ std::optional<Refusal> CheckPopInput(const PopInput& in, const ServerCheck& chec
         return r;
     if (in.port.empty())
         return Refusal{"POP_PORT_EMPTY", Box::Warning};
-    const auto port = ParseDecimal(in.port);
+    const auto port = checks::ParseDecimal(in.port);
     if (!isPort(port))
         return Refusal{"POP_PORT_ERR", Box::WarningWide};
     if (in.wait.empty())
         return Refusal{"POP_LATENCY_EMPTY", Box::WarningShort};
-    const auto seconds = ParseDecimal(in.wait);
+    const auto seconds = checks::ParseDecimal(in.wait);
     if (!seconds || *seconds > kMaxPopWait)
         return Refusal{"LATENCY_TIME_ERR", Box::WarningShort};
 
@@ -101,13 +85,13 @@ std::optional<Refusal> CheckMailBaseInput(const MailBaseInput& in, const ServerC
         return r;
     if (checkServer(in.server) != 0)
         return Refusal{"IDS_ERR_INVALID_IPADDRESS", Box::Warning};
-    const auto port = ParseDecimal(in.port);
+    const auto port = checks::ParseDecimal(in.port);
     if (!isPort(port))
         return Refusal{"IMAIL_BASE_PORT_ERR1", Box::Warning};
     if (!checkSender(in.sender))
         return Refusal{nullptr, Box::AlreadyShown};
     // The address check allows blanks around the address; they are not part of it.
-    const std::string_view sender = TrimBlanks(in.sender);
+    const std::string_view sender = checks::TrimBlanks(in.sender);
     if (sender.size() >= REG_TEXT_SIZE)
         return Refusal{"IMAIL_BASE_MLFROM_ERR1", Box::Warning};
 

@@ -14,13 +14,6 @@
 
 namespace mailinput {
 
-// A decimal number made only of the digits 0-9 that fits 32 bits; nothing otherwise (an empty
-// text, a sign, blanks, anything else, or too many digits).
-std::optional<std::uint32_t> ParseDecimal(std::string_view text);
-
-// The text without the blanks around it.
-std::string_view TrimBlanks(std::string_view text);
-
 // How a refusal is shown. The login dialog keeps three box styles on purpose: administrators'
 // guides quote them.
 enum class Box {

@@ -11,8 +11,9 @@
 #include <cstring>
 #include <string>
 
-#include "baseset/address_check.h"
 #include "baseset/mailserver_input.h"
+#include "frame/check_boxes.h"
+#include "frame/checks.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
 #include "rptset_api.h"
@@ -326,10 +327,10 @@ class LoginDialog {
 };
 
 AMAMRegReadEx_fn* bindRead(HINSTANCE lib) {
-    return BindRptset<AMAMRegReadEx_fn>(lib, "AMAMRegReadEx");
+    return BindFromHandle<AMAMRegReadEx_fn>(lib, "AMAMRegReadEx");
 }
 AMAMRegWrite_fn* bindWrite(HINSTANCE lib) {
-    return BindRptset<AMAMRegWrite_fn>(lib, "AMAMRegWrite");
+    return BindFromHandle<AMAMRegWrite_fn>(lib, "AMAMRegWrite");
 }
 
 }  // namespace

@@ -8,18 +8,17 @@
 
 #include "baseset/baseset.h"
 #include "baseset/baseset_private.h"
+#include "frame/checks.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
 #include "frame/textformat.h"
+#include "ui/dialog.h"
 #include "ui/toolkit.h"
 
 namespace {
 
 // Characters of the delay entry: its width and what OK reads of it.
 constexpr int kDelayEntryWidth = 5;
-
-// Ids of what can end a run of a panel's form.
-enum PanelId : int { kOkId = 1, kCancelId };
 
 // The error box of a shutdown delay out of range: "ERR_SHUTDOWN_ID" takes the two bounds.
 void ShowDelayRangeError() {
@@ -48,30 +47,22 @@ class DelayEntryRange {
 };
 
 // OK and Cancel, each 3 columns in.
-zolui::Grid OkCancelRow(zolui::Form& form) {
-    zolui::Grid row(2, 1);
-    row.set(0, 0, form.add(zolui::button(-1, -1, MessageText("BUTTON_OK_ID")), kOkId), {.left = 3});
-    row.set(1, 0, form.add(zolui::button(-1, -1, MessageText("BUTTON_CANCEL_ID")), kCancelId),
-            {.left = 3});
-    return row;
+zolui::Grid OkCancelRow(zolui::Dialog& dialog) {
+    return dialog.buttonRow({{MessageText("BUTTON_OK_ID"), zolui::kOkId},
+                             {MessageText("BUTTON_CANCEL_ID"), zolui::kCancelId}},
+                            3, 3);
+}
+
+void ShowShutdownRefusal(const char* messageId) {
+    if (std::strcmp(messageId, "ERR_SHUTDOWN_ID") == 0) {
+        ShowDelayRangeError();
+        return;
+    }
+    const std::string title = MessageText("BASE_OTHER_SHUTDOWN_ID");
+    msgWindow(title.c_str(), " ok ", CPGetText(messageId, ReadString, ZOL_RcFileBuf));
 }
 
 }  // namespace
-
-unsigned int DelayFromText(const char* text) {
-    if (text == nullptr)
-        return UINT_MAX;
-    const char* digits = text[0] == '-' ? text + 1 : text;
-    if (digits[0] == '\0')
-        return UINT_MAX;
-    for (const char* p = digits; *p != '\0'; ++p) {
-        if (*p < '0' || *p > '9')
-            return UINT_MAX;
-    }
-    // Read as a signed number and taken unsigned, so a minus sign makes it far too large.
-    const long long value = std::strtoll(text, nullptr, 10);
-    return static_cast<unsigned int>(value);
-}
 
 int TestInputValue(unsigned int data) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] data=%u", data);
@@ -95,8 +86,23 @@ int PutDelayValue(BaseData* record, HMODULE hLibRPTSET) {
     return 1;
 }
 
-int SubShutdownPanel(HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+const char* ApplyShutdownPanel(const ShutdownPanelState& state, BaseData& record) {
+    if (state.enabled) {
+        const std::string text = state.delayText.substr(0, kDelayEntryWidth);
+        if (text.empty())
+            return "ERR_SHUTDOWN_NULL_ID";
+        const unsigned int value = checks::DelayFromText(text);
+        if (value > kMaxShutdownDelay)
+            return "ERR_SHUTDOWN_ID";
+        record.Value = static_cast<int32_t>(value);
+    }
+    // Switched off, the stored delay stays as it was, whatever the entry shows.
+    record.Enable = state.enabled ? 1 : 0;
+    return nullptr;
+}
+
+int SubShutdownPanel(HMODULE lib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
     BaseRecordPtr record = NewBaseRecord(BASE_METHOD_SHUTDOWN);
     if (record == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc CPBaseData2 Failed,return %d.", -1);
@@ -104,23 +110,23 @@ int SubShutdownPanel(HMODULE hLibRPTSET) {
     }
     // Any result but 0 means the record was not read (a missing function, no such method, a
     // store error): the panel never offers to write a record it could not read.
-    if (InitBaseSetting(hLibRPTSET, record.get()) != 0) {
+    if (InitBaseSetting(lib, record.get()) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitBaseSetting() failed.return %d.", -1);
         return -1;
     }
 
+    // Build.
     char enableMark = record->Enable != 0 ? '*' : ' ';
-    zolui::Window window;
-    zolui::Form form;
-    newtComponent enable = form.add(zolui::checkbox(-1, -1, MessageText("BASE_SUB_ENABLE_ID"),
-                                                    enableMark, nullptr, &enableMark));
-    newtComponent label = form.add(zolui::label(-1, -1, MessageText("BASE_SUB_DELAY_ID")));
+    zolui::Dialog dialog;
+    newtComponent enable = dialog.add(zolui::checkbox(-1, -1, MessageText("BASE_SUB_ENABLE_ID"),
+                                                      enableMark, nullptr, &enableMark));
+    newtComponent label = dialog.add(zolui::label(-1, -1, MessageText("BASE_SUB_DELAY_ID")));
     newtComponent delay =
-        form.add(zolui::entry(-1, -1, std::to_string(record->Value), kDelayEntryWidth));
-    form.setFilter(
+        dialog.add(zolui::entry(-1, -1, std::to_string(record->Value), kDelayEntryWidth));
+    dialog.form().setFilter(
         delay, [](int ch, int cursor) { return EntryNumricFilter(nullptr, nullptr, ch, cursor); });
     const DelayEntryRange range(delay, &enableMark);
-    form.onActivate(enable, [enable] { CheckButtonFunc(enable, nullptr); });
+    dialog.form().onActivate(enable, [enable] { CheckButtonFunc(enable, nullptr); });
     CheckButtonFunc(enable, nullptr);
 
     zolui::Grid delayRow(2, 1);
@@ -129,76 +135,54 @@ int SubShutdownPanel(HMODULE hLibRPTSET) {
     zolui::Grid grid(1, 3);
     grid.set(0, 0, enable, {}, NEWT_ANCHOR_LEFT);
     grid.set(0, 1, std::move(delayRow), {.top = 1}, NEWT_ANCHOR_LEFT);
-    grid.set(0, 2, OkCancelRow(form), {.top = 1}, NEWT_ANCHOR_LEFT);
-    window.openWrapped(grid, MessageText("BASE_SUB_TITTLE_ID"));
+    grid.set(0, 2, OkCancelRow(dialog), {.top = 1}, NEWT_ANCHOR_LEFT);
+    dialog.open(grid, MessageText("BASE_SUB_TITTLE_ID"));
+    dialog.redrawBeforeEachRun();
 
-    for (;;) {
-        newtRefresh();
-        const zolui::RunResult result = form.run();
-        if (!result.isComponent(kOkId)) {
-            if (result.reason == zolui::RunResult::Reason::Component && result.id != kCancelId)
-                continue;
-            break;
+    // Handlers and save: the panel closes after a write, failed or not; its box has said so.
+    auto ok = [&] {
+        const ShutdownPanelState state{enableMark != ' ', zolui::entryText(delay)};
+        if (const char* refusal = ApplyShutdownPanel(state, *record)) {
+            ShowShutdownRefusal(refusal);
+            return zolui::Next::Stay;
         }
-        const bool enabled = enableMark != ' ';
-        if (enabled) {
-            const std::string text = zolui::entryText(delay).substr(0, kDelayEntryWidth);
-            if (text.empty()) {
-                const std::string title = MessageText("BASE_OTHER_SHUTDOWN_ID");
-                msgWindow(title.c_str(), " ok ",
-                          CPGetText("ERR_SHUTDOWN_NULL_ID", ReadString, ZOL_RcFileBuf));
-                continue;
-            }
-            const unsigned int value = DelayFromText(text.c_str());
-            if (!TestInputValue(value))
-                continue;
-            record->Value = static_cast<int32_t>(value);
-        }
-        // Switched off, the stored delay stays as it was, whatever the entry shows.
-        record->Enable = enabled ? 1 : 0;
-        PutDelayValue(record.get(), hLibRPTSET);
-        break;
-    }
+        PutDelayValue(record.get(), lib);
+        return zolui::Next::Close;
+    };
+    dialog.run({{zolui::kOkId, ok}});
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
     return 0;
 }
 
-int SubSimplePanel(const char* method, HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] method=%s hLibRPTSET=%p", method ? method : "(null)",
-              hLibRPTSET);
+int SubSimplePanel(const char* method, HMODULE lib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] method=%s lib=%p", method ? method : "(null)", lib);
     BaseRecordPtr record = NewBaseRecord(method != nullptr ? method : "");
     if (record == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc CPBaseData1 Failed,return -1.");
         return -1;
     }
     // As in the shutdown panel, a record that was not read is never offered for writing.
-    if (method == nullptr || InitBaseSetting(hLibRPTSET, record.get()) != 0) {
+    if (method == nullptr || InitBaseSetting(lib, record.get()) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitBaseSetting() Failed,return -1.");
         return -1;
     }
 
     char enableMark = record->Enable != 0 ? '*' : ' ';
-    zolui::Window window;
-    zolui::Form form;
-    newtComponent enable = form.add(zolui::checkbox(-1, -1, MessageText("BASE_SUB_ENABLE_ID"),
-                                                    enableMark, nullptr, &enableMark));
+    zolui::Dialog dialog;
+    newtComponent enable = dialog.add(zolui::checkbox(-1, -1, MessageText("BASE_SUB_ENABLE_ID"),
+                                                      enableMark, nullptr, &enableMark));
     zolui::Grid grid(1, 2);
     grid.set(0, 0, enable, {}, NEWT_ANCHOR_LEFT);
-    grid.set(0, 1, OkCancelRow(form), {.top = 1}, NEWT_ANCHOR_LEFT);
-    window.openWrapped(grid, MessageText("BASE_SUBSIMPLE_TITLE_ID"));
+    grid.set(0, 1, OkCancelRow(dialog), {.top = 1}, NEWT_ANCHOR_LEFT);
+    dialog.open(grid, MessageText("BASE_SUBSIMPLE_TITLE_ID"));
 
-    for (;;) {
-        const zolui::RunResult result = form.run();
-        if (result.reason == zolui::RunResult::Reason::Component && result.id != kOkId &&
-            result.id != kCancelId)
-            continue;
-        if (result.isComponent(kOkId)) {
-            record->Enable = enableMark != ' ' ? 1 : 0;
-            if (!PutBaseSetting(hLibRPTSET, record.get()))
-                ShowFuncCallErr("PutBaseSetting");
-        }
-        break;
-    }
+    auto ok = [&] {
+        record->Enable = enableMark != ' ' ? 1 : 0;
+        if (!PutBaseSetting(lib, record.get()))
+            ShowFuncCallErr("PutBaseSetting");
+        return zolui::Next::Close;
+    };
+    dialog.run({{zolui::kOkId, ok}});
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
     return 0;
 }

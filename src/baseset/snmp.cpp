@@ -74,52 +74,6 @@ void FillListbox(newtComponent listbox, TrapList& list) {
 
 }  // namespace
 
-int GetTrapSetting(HMODULE hLibRPTSET, int* count, char** list) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    auto* pGetTrapDest = BindRptset<GetTrapDest_fn>(hLibRPTSET, "GetTrapDest");
-    if (pGetTrapDest == nullptr) {
-        ZOL_TRACE_BIND_FAILED("GetTrapDest");
-        return FALSE;
-    }
-    if (pGetTrapDest(count, list) == 0) {
-        ZOL_TRACE_CALL_FAILED("GetTrapDest");
-        return FALSE;
-    }
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE. count=%d", *count);
-    return TRUE;
-}
-
-int SetTrapSetting(HMODULE hLibRPTSET, int count, char** list) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p count=%d", hLibRPTSET, count);
-    auto* pSetTrapDest = BindRptset<SetTrapDest_fn>(hLibRPTSET, "SetTrapDest");
-    if (pSetTrapDest == nullptr) {
-        ZOL_TRACE_BIND_FAILED("SetTrapDest");
-        return FALSE;
-    }
-    if (pSetTrapDest(count, list) == 0) {
-        ZOL_TRACE_CALL_FAILED("SetTrapDest");
-        return FALSE;
-    }
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE.");
-    return TRUE;
-}
-
-int DelTrapSetting(HMODULE hLibRPTSET, int* count, const char* address, char** list) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p address=%s", hLibRPTSET,
-              address ? address : "(null)");
-    auto* pDelDest = BindRptset<DelDest_fn>(hLibRPTSET, "DelDest");
-    if (pDelDest == nullptr) {
-        ZOL_TRACE_BIND_FAILED("DelDest");
-        return FALSE;
-    }
-    if (pDelDest(count, address, list) == 0) {
-        ZOL_TRACE_CALL_FAILED("DelDest");
-        return FALSE;
-    }
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE. count=%d", *count);
-    return TRUE;
-}
-
 int EnterIPpanel(HMODULE hLibRPTSET, char* address) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
     zolui::Window window;
@@ -147,7 +101,7 @@ int EnterIPpanel(HMODULE hLibRPTSET, char* address) {
             break;
         if (result.id != kOkId)
             continue;
-        auto* pCheck = BindRptset<AMBIMyIPCheck_fn>(hLibRPTSET, "AMBIMyIPCheck");
+        auto* pCheck = BindFromHandle<AMBIMyIPCheck_fn>(hLibRPTSET, "AMBIMyIPCheck");
         if (pCheck == nullptr) {
             ZOL_TRACE(TRACE_LEVEL_ERROR, "GetProcAddress(AMBIMyIPCheck) Failed");
             break;

@@ -9,14 +9,15 @@
 #include <cstring>
 #include <string>
 
-#include "baseset/address_check.h"
 #include "baseset/baseset.h"
 #include "baseset/mailserver_input.h"
 #include "baseset/popsmtp.h"
+#include "frame/check_boxes.h"
+#include "frame/checks.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
+#include "frame/screens.h"
 #include "records.h"
-#include "remote/suppress.h"
 #include "ui/toolkit.h"
 
 namespace {

@@ -1,5 +1,5 @@
 // Loading the destination table from the report-settings library and listing its IDs.
-#include "destination/desttable.h"
+#include "frame/screens.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -62,7 +62,8 @@ void FreeDestTable() {
 
 int InitAllDestSetting(HMODULE hLibRPTSET) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    auto* pGetAllDestSetting = BindRptset<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
+    auto* pGetAllDestSetting =
+        BindFromHandle<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
     if (pGetAllDestSetting == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<Get GetAllDestSetting Address Failed,return -1.");
         return -1;

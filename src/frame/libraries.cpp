@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/checks.h"
 #include "frame/msgfile.h"
 #include "frame/textformat.h"
 #include "ui/toolkit.h"
@@ -151,15 +152,6 @@ void ClearPackageFunctions() {
 
 ErrorBoxSink g_errorBoxSink = nullptr;
 
-// Length of the EUC-JP character that starts with lead (1 for ASCII and stray bytes).
-std::size_t EucCharLength(unsigned char lead) {
-    if (lead == 0x8F)
-        return 3;  // JIS X 0212
-    if (lead == 0x8E || lead >= 0xA1)
-        return 2;  // half-width kana, JIS X 0208
-    return 1;
-}
-
 }  // namespace
 
 BOOL LoadRptsetDLL() {
@@ -292,14 +284,7 @@ std::string FuncCallErrText(const char* what) {
     const std::string format = MessageText("FUNC_CALL_ERR");
     std::string text = FormatText(format, {what != nullptr ? what : ""});
     // Cut to the box's buffer, never inside a multibyte character.
-    std::size_t end = 0;
-    while (end < text.size()) {
-        const std::size_t next = end + EucCharLength(static_cast<unsigned char>(text[end]));
-        if (next > kFuncCallErrSize - 1 || next > text.size())
-            break;
-        end = next;
-    }
-    text.resize(end);
+    text.resize(checks::CutEuc(text, kFuncCallErrSize - 1).size());
     return text;
 }
 

@@ -7,6 +7,7 @@
 
 #include <string>
 
+#include "frame/libcall.h"
 #include "rptset_api.h"
 #include "vantrelpkg_api.h"
 
@@ -77,24 +78,6 @@ BOOL FreeVantrelPkgDLL();
 // data size out. TRUE on success, FALSE when the key cannot be opened or the value not read.
 BOOL RegReadEx(HKEY root, LPCSTR keyPath, LPCSTR valueName, LPDWORD type, LPDWORD size,
                LPBYTE data);
-
-// ---- Binding at each call ----
-// Looks a function up by name in lib (null when lib is null or lacks it) as its real type, e.g.
-//     auto* fn = BindRptset<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
-template <class Fn>
-Fn* BindRptset(HMODULE lib, const char* name) {
-    if (lib == nullptr || name == nullptr)
-        return nullptr;
-    // FARPROC is the generic function pointer: converting it back to the real type is the
-    // documented use of GetProcAddress.
-    return reinterpret_cast<Fn*>(GetProcAddress(lib, name));
-}
-
-// Trace lines of a failed binding and of a failed call, written from the caller's position.
-#define ZOL_TRACE_BIND_FAILED(name) \
-    ZOL_TRACE(TRACE_LEVEL_ERROR, "<Gets %s  Address Failed.return FALSE", (name))
-#define ZOL_TRACE_CALL_FAILED(name) \
-    ZOL_TRACE(TRACE_LEVEL_ERROR, "<Calls %s  Function Failed.return FALSE.", (name))
 
 // Size of the buffer the "FUNC_CALL_ERR" text is formatted into, terminator included.
 inline constexpr std::size_t kFuncCallErrSize = 100;

@@ -1,6 +1,7 @@
 // The main menu: a listbox of the settings areas and a Close button, the guarded entry into the
 // syslog settings, and the release of what the settings screens loaded.
 #include "frame/menu.h"
+#include "frame/screens.h"
 
 #include <newt.h>
 #include <unistd.h>
@@ -10,11 +11,10 @@
 #include <string>
 #include <string_view>
 
-#include "destination/desttable.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
+#include "frame/screens.h"
 #include "frame/startup.h"
-#include "monitor/idlist.h"
 #include "ui/toolkit.h"
 
 namespace {
@@ -180,7 +180,7 @@ void RunMenu() {
 
 int32_t CheckVntInstalled() {
     ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
-    auto* check = BindRptset<CheckInstVantrel_fn>(hLibRPTSET, "CheckInstVantrel");
+    auto* check = BindFromHandle<CheckInstVantrel_fn>(hLibRPTSET, "CheckInstVantrel");
     if (check == nullptr) {
         ShowFuncCallErr("GetProcAddress for CheckInstVantrel");
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetProcAddress for CheckInstVantrel failed.return FALSE.");

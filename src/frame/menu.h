@@ -16,10 +16,3 @@ int32_t CheckVntInstalled();
 // Suspend handler that gives the terminal back until a key is pressed. Kept for a shell escape
 // but deliberately not registered with newt: the menu is not meant to be suspended.
 void suspend_callback();
-
-// The settings screens entered from the menu; each returns when its screen closes.
-void BaseSetting(HMODULE hLibRPTSET);
-void DestinationSetting(HMODULE hLibRPTSET, HMODULE hLibDSCOPY);
-void AgentEventSetting(HMODULE hLibRPTSET);
-void SyslogSetting(HMODULE hLibRPTSET, HMODULE hLibDSCOPY);
-void VantrelReportSetting(HMODULE hLibRPTSET);

@@ -5,6 +5,7 @@
 #include "baseset/baseset.h"
 #include "frame/menu.h"
 #include "frame/msgfile.h"
+#include "frame/screens.h"
 #include "ui/toolkit.h"
 
 namespace {

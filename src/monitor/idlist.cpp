@@ -1,10 +1,8 @@
 // Building and freeing the destination-ID selection list.
-#include "monitor/idlist.h"
+#include "frame/screens.h"
 
 #include <cstring>
 #include <new>
-
-#include "destination/desttable.h"
 
 IDListNode* IDList = nullptr;
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "baseset/mailserver_input.h"
+#include "frame/checks.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
 #include "ui/toolkit.h"
@@ -19,7 +19,7 @@ constexpr int kButtonGap = 5;
 }  // namespace
 
 std::optional<std::uint32_t> ParseSuppressInterval(std::string_view text) {
-    const auto minutes = mailinput::ParseDecimal(text);
+    const auto minutes = checks::ParseDecimal(text);
     if (!minutes || *minutes > kMaxSuppressInterval)
         return std::nullopt;
     return minutes;

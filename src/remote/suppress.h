@@ -9,13 +9,12 @@
 #include <optional>
 #include <string_view>
 
+#include "frame/screens.h"
+
 // The longest suppression interval, in minutes (one day).
 inline constexpr std::uint32_t kMaxSuppressInterval = 1440;
 
-// Runs the dialog. 0 when nothing failed (also after Cancel); the failing set call's result when
-// saving failed; -1, without showing anything, when a pointer is unbound or a stored value is out
-// of range (mode above 1, interval above 1440).
-int vntSuppressSet();
+// The dialog itself, vntSuppressSet, is declared in frame/screens.h.
 
 // What vntSuppressBtnCallBack is given: the check box's value ('*' checked, ' ' not) and the
 // interval entry it governs.

@@ -1,7 +1,8 @@
 // The address, port and mail-address checks fed directly: ports by flag, addresses the library
 // accepts or refuses, host names that resolve or not, and the mail rules by the message each
 // fault gives.
-#include "baseset/address_check.h"
+#include "frame/check_boxes.h"
+#include "frame/checks.h"
 
 #include <gtest/gtest.h>
 #include <zolwin.h>

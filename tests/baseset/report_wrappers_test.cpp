@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 #include <zolwin.h>
 
-#include "baseset/baseset.h"
+#include "frame/rptset_calls.h"
 #include "product_root.h"
 
 TEST(ReportWrappers, MissingFunctionsAndHandle) {
@@ -34,11 +34,11 @@ TEST(ReportWrappers, MissingFunctionsAndHandle) {
     FreeLibrary(lacking);
 
     const std::string trace = zoltest::readFile(root.traceFile("wraptest"));
-    for (const char* line : {"<Gets GetBaseSetting  Address Failed.return -1.",
-                             "<Gets CheckInternetMailMode Address Failed.return FALSE.",
-                             "<Gets AMGetVntMethod  Address Failed.return -1.",
-                             "<hLibRPTSET ==NULL.return -1 [0:success -1:failure].",
-                             "<hLibRPTSET ==NULL.return 0 [0:success -1:failure]."}) {
+    for (const char* line :
+         {"<Gets GetBaseSetting  Address Failed.", "<Gets CheckInternetMailMode  Address Failed.",
+          "<Gets AMGetVntMethod  Address Failed.",
+          "<hLibRPTSET ==NULL.return -1 [0:success -1:failure].",
+          "<hLibRPTSET ==NULL.return 0 [0:success -1:failure]."}) {
         EXPECT_NE(trace.find(line), std::string::npos) << line;
     }
 }

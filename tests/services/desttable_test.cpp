@@ -3,10 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "destination/desttable.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
-#include "monitor/idlist.h"
+#include "frame/screens.h"
 #include "services_test_util.h"
 
 namespace svctest {

@@ -19,8 +19,8 @@ class DestWriteTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        set = BindRptset<SetDestSetting_fn>(hLibRPTSET, "SetDestSetting");
-        get = BindRptset<GetDestSetting_fn>(hLibRPTSET, "GetDestSetting");
+        set = BindFromHandle<SetDestSetting_fn>(hLibRPTSET, "SetDestSetting");
+        get = BindFromHandle<GetDestSetting_fn>(hLibRPTSET, "GetDestSetting");
         ASSERT_TRUE(set && get);
     }
     static RecordPtr Record(uint32_t operation, const std::string& id) {
@@ -187,8 +187,8 @@ class VantrelDestTest : public DestWriteTest {
 };
 
 TEST_F(VantrelDestTest, MailAddressesAndManagerIP) {
-    auto* vntTo = BindRptset<GetVntTo_fn>(hLibRPTSET, "GetVntTo");
-    auto* managerIP = BindRptset<GetManagerIP_fn>(hLibRPTSET, "GetManagerIP");
+    auto* vntTo = BindFromHandle<GetVntTo_fn>(hLibRPTSET, "GetVntTo");
+    auto* managerIP = BindFromHandle<GetManagerIP_fn>(hLibRPTSET, "GetManagerIP");
     ASSERT_TRUE(vntTo && managerIP);
     char out[VNT_MAILTO_SIZE] = "stale";
     EXPECT_EQ(vntTo(out), 0);  // no Address key
@@ -212,8 +212,8 @@ TEST_F(VantrelDestTest, MailAddressesAndManagerIP) {
 }
 
 TEST_F(VantrelDestTest, MailSettingsAndTheServiceStateMessage) {
-    auto* getMail = BindRptset<GetAMAMDeseSetting_fn>(hLibRPTSET, "GetAMAMDeseSetting");
-    auto* setMail = BindRptset<SetAMAMDeseSetting_fn>(hLibRPTSET, "SetAMAMDeseSetting");
+    auto* getMail = BindFromHandle<GetAMAMDeseSetting_fn>(hLibRPTSET, "GetAMAMDeseSetting");
+    auto* setMail = BindFromHandle<SetAMAMDeseSetting_fn>(hLibRPTSET, "SetAMAMDeseSetting");
     ASSERT_TRUE(getMail && setMail);
     VxMLDestData mail{};
     char* message = reinterpret_cast<char*>(&mail);
@@ -277,7 +277,7 @@ TEST_F(VantrelDestTest, MailSettingsAndTheServiceStateMessage) {
 
 TEST_F(VantrelDestTest, TestReportsSayDeliveryIsNotAvailable) {
     for (const char* name : {"AMAMVantrelTestReport", "TestFatalReport"}) {
-        auto* report = BindRptset<AMAMVantrelTestReport_fn>(hLibRPTSET, name);
+        auto* report = BindFromHandle<AMAMVantrelTestReport_fn>(hLibRPTSET, name);
         ASSERT_NE(report, nullptr) << name;
         char* text = nullptr;
         EXPECT_EQ(report("VantrelReport", &text), -1);

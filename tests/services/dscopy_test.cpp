@@ -14,8 +14,8 @@ class DscopyTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadDscopyDLL());
-        toText = BindRptset<ScheduleMaskToText_fn>(hLibDSCOPY, "x");
-        toMask = BindRptset<ScheduleTextToMask_fn>(hLibDSCOPY, "b");
+        toText = BindFromHandle<ScheduleMaskToText_fn>(hLibDSCOPY, "x");
+        toMask = BindFromHandle<ScheduleTextToMask_fn>(hLibDSCOPY, "b");
         ASSERT_TRUE(toText && toMask);
     }
     std::string Text(uint32_t mask) {

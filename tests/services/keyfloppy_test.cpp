@@ -25,9 +25,9 @@ class KeyFloppyTest : public SeededStoreTest {
     void SetUp() override {
         SeededStoreTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        read = BindRptset<GetOpenMsgfromFD_fn>(hLibRPTSET, "GetOpenMsgfromFD");
-        check = BindRptset<checkVntFile_fn>(hLibRPTSET, "checkVntFile");
-        flag = BindRptset<CheckKeyFDFlag_fn>(hLibRPTSET, "CheckKeyFDFlag");
+        read = BindFromHandle<GetOpenMsgfromFD_fn>(hLibRPTSET, "GetOpenMsgfromFD");
+        check = BindFromHandle<checkVntFile_fn>(hLibRPTSET, "checkVntFile");
+        flag = BindFromHandle<CheckKeyFDFlag_fn>(hLibRPTSET, "CheckKeyFDFlag");
         ASSERT_TRUE(read && check && flag);
     }
     zoltest::RunResult Zolkeyfd(std::vector<std::string> args) const {

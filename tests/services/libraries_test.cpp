@@ -1,11 +1,13 @@
 // Loading and releasing the service libraries, the remote-report package, binding by name,
 // failure reporting and the direct registry reader.
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
+#include "frame/rptset_calls.h"
 #include "services_test_util.h"
 
 namespace svctest {
@@ -154,13 +156,26 @@ TEST_F(LibrariesTest, RegReadExReadsValuesAndReportsWhatIsMissing) {
 
 TEST_F(LibrariesTest, BindingAndFailureReporting) {
     ASSERT_TRUE(LoadDscopyDLL());
-    EXPECT_EQ(BindRptset<GetAllDestSetting_fn>(hLibDSCOPY, "GetAllDestSetting"), nullptr);
-    EXPECT_EQ(BindRptset<GetAllDestSetting_fn>(nullptr, "GetAllDestSetting"), nullptr);
+    EXPECT_EQ(BindFromHandle<GetAllDestSetting_fn>(hLibDSCOPY, "GetAllDestSetting"), nullptr);
+    EXPECT_EQ(BindFromHandle<GetAllDestSetting_fn>(nullptr, "GetAllDestSetting"), nullptr);
 
-    ZOL_TRACE_BIND_FAILED("GetAllBaseSetting");
-    ZOL_TRACE_CALL_FAILED("GetAllBaseSetting");
-    EXPECT_EQ(TraceCount("<Gets GetAllBaseSetting  Address Failed.return FALSE"), 1) << Trace();
-    EXPECT_EQ(TraceCount("<Calls GetAllBaseSetting  Function Failed.return FALSE."), 1);
+    // The call layer: a function the library lacks, one that refuses, one that succeeds.
+    BaseData** records = nullptr;
+    int count = 0;
+    const LibResult unbound = CallLibrary(hLibDSCOPY, rptset::kGetAllBaseSetting, &records, &count);
+    EXPECT_TRUE(unbound.unbound());
+    EXPECT_EQ(TraceCount("<Gets GetAllBaseSetting  Address Failed."), 1) << Trace();
+    ASSERT_TRUE(LoadRptsetDLL());
+    auto record = std::make_unique<DestData>();
+    std::strcpy(record->ID, "no such destination");
+    const LibResult refused = CallLibrary(hLibRPTSET, rptset::kGetDestSetting, record.get());
+    EXPECT_EQ(refused.status, LibResult::Status::Failed);
+    EXPECT_EQ(TraceCount("<Calls GetDestSetting  Function Failed, returned " +
+                         std::to_string(refused.value) + "."),
+              1)
+        << Trace();
+    EXPECT_TRUE(CallLibrary(hLibRPTSET, rptset::kCheckInstVantrel).ok());
+    FreeRptsetDLL();
 
     ASSERT_TRUE(LoadRcFile("/data/E_report.rc"));
     EXPECT_EQ(FuncCallErrText("GetProcAddress for CheckInstVantrel"),

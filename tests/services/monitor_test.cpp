@@ -54,7 +54,7 @@ class MonitorTest : public ServicesTest {
     }
     template <class Fn>
     void bind(Fn*& fn, const char* name) {
-        fn = BindRptset<Fn>(hLibRPTSET, name);
+        fn = BindFromHandle<Fn>(hLibRPTSET, name);
         ASSERT_NE(fn, nullptr) << name;
     }
 

@@ -28,7 +28,7 @@ class RptsetBaseTest : public ServicesTest {
     }
     template <class Fn>
     Fn* Bind(const char* name) {
-        Fn* fn = BindRptset<Fn>(hLibRPTSET, name);
+        Fn* fn = BindFromHandle<Fn>(hLibRPTSET, name);
         EXPECT_NE(fn, nullptr) << name;
         return fn;
     }

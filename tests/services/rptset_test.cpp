@@ -16,8 +16,8 @@ class RptsetTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        getAll = BindRptset<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
-        getOne = BindRptset<GetDestSetting_fn>(hLibRPTSET, "GetDestSetting");
+        getAll = BindFromHandle<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
+        getOne = BindFromHandle<GetDestSetting_fn>(hLibRPTSET, "GetDestSetting");
         ASSERT_TRUE(getAll && getOne);
         std::memset(records.data(), 0x5a, records.size() * sizeof(DestData));
         for (DestData& r : records)
@@ -31,7 +31,7 @@ class RptsetTest : public ServicesTest {
 };
 
 TEST_F(RptsetTest, InstallationFlag) {
-    auto* checkInst = BindRptset<CheckInstVantrel_fn>(hLibRPTSET, "CheckInstVantrel");
+    auto* checkInst = BindFromHandle<CheckInstVantrel_fn>(hLibRPTSET, "CheckInstVantrel");
     ASSERT_NE(checkInst, nullptr);
     const std::string setup = "SOFTWARE\\Tavik\\VNTService\\SETUP";
     EXPECT_EQ(checkInst(), 0);  // no key

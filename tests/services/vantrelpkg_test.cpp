@@ -99,7 +99,7 @@ TEST_F(VantrelPkgTest, KeyFloppyTypeAndDeliveryLibraryOfTheMethod) {
     EXPECT_EQ(pgetKeyFdType(), 2);
     EXPECT_EQ(Stored(kServiceKey, "KEYFDTYPE"), "2");
 
-    auto* dllName = BindRptset<VNTGetSelectedDllName_fn>(hLibVNTUTILI, "VNTGetSelectedDllName");
+    auto* dllName = BindFromHandle<VNTGetSelectedDllName_fn>(hLibVNTUTILI, "VNTGetSelectedDllName");
     ASSERT_NE(dllName, nullptr);
     char name[128];
     const char* expected[] = {"mailrpt.dll", "dialsvc.dll", "vntmgr.dll", "vnthttps.dll"};

@@ -48,17 +48,17 @@ class VntSettingTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        getSetup = BindRptset<GetVntSetting_fn>(hLibRPTSET, "GetVntSetting");
-        getUser = BindRptset<GetVntUserSetting_fn>(hLibRPTSET, "GetVntUserSetting");
-        setUser = BindRptset<SetVntUserSetting_fn>(hLibRPTSET, "SetVntUserSetting");
-        getMach = BindRptset<GetVntMachSetting_fn>(hLibRPTSET, "GetVntMachSetting");
-        setMach = BindRptset<SetVntMachSetting_fn>(hLibRPTSET, "SetVntMachSetting");
-        osList = BindRptset<GetVntMachListData_fn>(hLibRPTSET, "GetVntMachListData");
-        getVend = BindRptset<GetVntVendSetting_fn>(hLibRPTSET, "GetVntVendSetting");
-        setVend = BindRptset<SetVntVendSetting_fn>(hLibRPTSET, "SetVntVendSetting");
-        getOpt = BindRptset<GetVntOptSetting_fn>(hLibRPTSET, "GetVntOptSetting");
-        setOpt = BindRptset<SetVntOptSetting_fn>(hLibRPTSET, "SetVntOptSetting");
-        optList = BindRptset<GetVntOptKindList_fn>(hLibRPTSET, "GetVntOptKindList");
+        getSetup = BindFromHandle<GetVntSetting_fn>(hLibRPTSET, "GetVntSetting");
+        getUser = BindFromHandle<GetVntUserSetting_fn>(hLibRPTSET, "GetVntUserSetting");
+        setUser = BindFromHandle<SetVntUserSetting_fn>(hLibRPTSET, "SetVntUserSetting");
+        getMach = BindFromHandle<GetVntMachSetting_fn>(hLibRPTSET, "GetVntMachSetting");
+        setMach = BindFromHandle<SetVntMachSetting_fn>(hLibRPTSET, "SetVntMachSetting");
+        osList = BindFromHandle<GetVntMachListData_fn>(hLibRPTSET, "GetVntMachListData");
+        getVend = BindFromHandle<GetVntVendSetting_fn>(hLibRPTSET, "GetVntVendSetting");
+        setVend = BindFromHandle<SetVntVendSetting_fn>(hLibRPTSET, "SetVntVendSetting");
+        getOpt = BindFromHandle<GetVntOptSetting_fn>(hLibRPTSET, "GetVntOptSetting");
+        setOpt = BindFromHandle<SetVntOptSetting_fn>(hLibRPTSET, "SetVntOptSetting");
+        optList = BindFromHandle<GetVntOptKindList_fn>(hLibRPTSET, "GetVntOptKindList");
         ASSERT_TRUE(getSetup && getUser && setUser && getMach && setMach && osList && getVend &&
                     setVend && getOpt && setOpt && optList);
     }

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "baseset/mailserver_input.h"
+#include "frame/checks.h"
 #include "remote/suppress.h"
 
 namespace {
@@ -20,10 +21,10 @@ std::string describe(const std::optional<mailinput::Refusal>& r) {
 }  // namespace
 
 TEST(MailServerInput, NumbersAndTheSuppressionInterval) {
-    EXPECT_EQ(mailinput::ParseDecimal("0065535"), 65535u);
-    EXPECT_EQ(mailinput::ParseDecimal("4294967295"), 4294967295u);
+    EXPECT_EQ(checks::ParseDecimal("0065535"), 65535u);
+    EXPECT_EQ(checks::ParseDecimal("4294967295"), 4294967295u);
     for (const char* bad : {"", "4294967296", "-1", "+1", " 1", "1a"})
-        EXPECT_EQ(mailinput::ParseDecimal(bad), std::nullopt) << '"' << bad << '"';
+        EXPECT_EQ(checks::ParseDecimal(bad), std::nullopt) << '"' << bad << '"';
     EXPECT_EQ(ParseSuppressInterval("1440"), 1440u);
     EXPECT_EQ(ParseSuppressInterval("1441"), std::nullopt);
 }

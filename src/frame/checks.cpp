@@ -1,17 +1,19 @@
-// Address, port and mail-address checks shared by the screens that take a manager address, a
-// TCP port or mail addresses.
-#include "baseset/address_check.h"
+// Checks of what an administrator types, shared by every screen family and free of newt:
+// manager addresses and ports, mail addresses, decimal numbers, the shutdown delay, and the
+// length of an EUC-JP character.
+#include "frame/checks.h"
 
 #include <netdb.h>
 
 #include <array>
+#include <charconv>
+#include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
 
-#include "frame/libraries.h"
-#include "frame/msgfile.h"
-#include "ui/toolkit.h"
+#include "frame/rptset_calls.h"
 
 namespace {
 
@@ -40,34 +42,23 @@ bool LooksNumeric(const char* text) {
     return true;
 }
 
-void ShowMailFault(const char* messageId) {
-    const std::string title = MessageText("IMAIL_DEST_TITLE_ID");
-    const std::string text = MessageText(messageId);
-    msgWindow(title.c_str(), " ok ", text.c_str());
-}
-
 }  // namespace
 
-int CheckManagerIP(HMODULE hLibRPTSET, const char* text) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (hLibRPTSET == nullptr) {
+int CheckManagerIP(HMODULE lib, const char* text) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (lib == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET ==NULL.return 0.");
         return 0;
     }
-    auto* check = BindRptset<AMBIMyIPCheck_fn>(hLibRPTSET, "AMBIMyIPCheck");
-    if (check == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetProcAddress(AMBIMyIPCheck) failed.return 0.");
-        return 0;
-    }
-    const int result = check(text != nullptr ? text : "");
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
-    return result;
+    const LibResult r = CallLibrary(lib, rptset::kAMBIMyIPCheck, text != nullptr ? text : "");
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", r.value);
+    return r.value;
 }
 
-int CheckPortAndIP(HMODULE hLibRPTSET, int32_t port, const char* lpszIPorHost, char* lpszIPAddress,
+int CheckPortAndIP(HMODULE lib, int32_t port, const char* lpszIPorHost, char* lpszIPAddress,
                    int flag) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] port=%d flag=%d", port, flag);
-    if (hLibRPTSET == nullptr || lpszIPorHost == nullptr || lpszIPAddress == nullptr) {
+    if (lib == nullptr || lpszIPorHost == nullptr || lpszIPAddress == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET or an argument is NULL.return -2.");
         return -2;
     }
@@ -76,7 +67,7 @@ int CheckPortAndIP(HMODULE hLibRPTSET, int32_t port, const char* lpszIPorHost, c
         ZOL_TRACE(TRACE_LEVEL_TRACE, "<return -1.");
         return -1;
     }
-    if (CheckManagerIP(hLibRPTSET, lpszIPorHost) == 1) {
+    if (CheckManagerIP(lib, lpszIPorHost) == 1) {
         std::strcpy(lpszIPAddress, lpszIPorHost);
         ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
         return 0;
@@ -222,28 +213,6 @@ const char* MailAddrListFault(const char* pMailAddr) {
     return nullptr;
 }
 
-BOOL CheckSingleMailAddr(const char* pMailAddr) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
-    if (const char* fault = SingleMailAddrFault(pMailAddr)) {
-        ShowMailFault(fault);
-        ZOL_TRACE(TRACE_LEVEL_TRACE, "<%s.return FALSE.", fault);
-        return FALSE;
-    }
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE.");
-    return TRUE;
-}
-
-BOOL CheckMailAddr(const char* pMailAddr) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
-    if (const char* fault = MailAddrListFault(pMailAddr)) {
-        ShowMailFault(fault);
-        ZOL_TRACE(TRACE_LEVEL_TRACE, "<%s.return FALSE.", fault);
-        return FALSE;
-    }
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE.");
-    return TRUE;
-}
-
 int MyStringConvert(char* text) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
     if (text == nullptr) {
@@ -258,3 +227,56 @@ int MyStringConvert(char* text) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
     return 0;
 }
+
+namespace checks {
+
+std::optional<std::uint32_t> ParseDecimal(std::string_view text) {
+    std::uint32_t value = 0;
+    const char* end = text.data() + text.size();
+    const auto [ptr, ec] = std::from_chars(text.data(), end, value);
+    // from_chars of an unsigned type takes no sign and no blank; the whole text must be used.
+    if (text.empty() || ec != std::errc() || ptr != end)
+        return std::nullopt;
+    return value;
+}
+
+std::string_view TrimBlanks(std::string_view text) {
+    const auto first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::size_t EucCharLength(unsigned char lead) {
+    if (lead == 0x8F)
+        return 3;  // JIS X 0212
+    if (lead == 0x8E || lead >= 0xA1)
+        return 2;  // half-width kana, JIS X 0208
+    return 1;
+}
+
+std::string_view CutEuc(std::string_view text, std::size_t maxBytes) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const std::size_t next = end + EucCharLength(static_cast<unsigned char>(text[end]));
+        if (next > maxBytes || next > text.size())
+            break;
+        end = next;
+    }
+    return text.substr(0, end);
+}
+
+unsigned int DelayFromText(std::string_view text) {
+    const std::string_view digits = !text.empty() && text[0] == '-' ? text.substr(1) : text;
+    if (digits.empty() || digits.size() > 18)
+        return UINT_MAX;
+    for (char c : digits) {
+        if (c < '0' || c > '9')
+            return UINT_MAX;
+    }
+    // Read as a signed number and taken unsigned, so a minus sign makes it far too large.
+    const long long value = std::strtoll(std::string(text).c_str(), nullptr, 10);
+    return static_cast<unsigned int>(value);
+}
+
+}  // namespace checks

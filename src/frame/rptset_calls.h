@@ -1,0 +1,115 @@
+// The program's calls into the report-settings library "rptset.dll": one table of the functions
+// it binds (name and success test), and the wrappers every screen family uses. Each wrapper
+// binds its function at the call from the handle it is given; none shows a message, the calling
+// screen does.
+#pragma once
+
+#include <zolwin.h>
+
+#include "frame/libcall.h"
+#include "records.h"
+#include "rptset_api.h"
+
+namespace rptset {
+using libresult::Any, libresult::NonZero, libresult::One, libresult::Zero;
+// Base report settings.
+inline constexpr LibFunction<CheckInstVantrel_fn> kCheckInstVantrel{"CheckInstVantrel", Any};
+inline constexpr LibFunction<GetAllBaseSetting_fn> kGetAllBaseSetting{"GetAllBaseSetting", Zero};
+inline constexpr LibFunction<GetBaseSetting_fn> kGetBaseSetting{"GetBaseSetting", Zero};
+inline constexpr LibFunction<SetBaseSetting_fn> kSetBaseSetting{"SetBaseSetting", Zero};
+inline constexpr LibFunction<AMAMGetBaseRegPath_fn> kAMAMGetBaseRegPath{"AMAMGetBaseRegPath", One};
+inline constexpr LibFunction<CheckInternetMailMode_fn> kCheckInternetMailMode{
+    "CheckInternetMailMode", NonZero};
+inline constexpr LibFunction<GetAMBIBaseSetting_fn> kGetAMBIBaseSetting{"GetAMBIBaseSetting", One};
+inline constexpr LibFunction<SetAMBIBaseSetting_fn> kSetAMBIBaseSetting{"SetAMBIBaseSetting", One};
+inline constexpr LibFunction<AMBIMyIPCheck_fn> kAMBIMyIPCheck{"AMBIMyIPCheck", Any};
+inline constexpr LibFunction<GetTrapDest_fn> kGetTrapDest{"GetTrapDest", NonZero};
+inline constexpr LibFunction<SetTrapDest_fn> kSetTrapDest{"SetTrapDest", NonZero};
+inline constexpr LibFunction<DelDest_fn> kDelDest{"DelDest", NonZero};
+inline constexpr LibFunction<AMGetVntMethod_fn> kAMGetVntMethod{"AMGetVntMethod", Zero};
+inline constexpr LibFunction<AMSetVntMethod_fn> kAMSetVntMethod{"AMSetVntMethod", Zero};
+inline constexpr LibFunction<AMResetOpenSet_fn> kAMResetOpenSet{"AMResetOpenSet", Zero};
+inline constexpr LibFunction<GetEOpening_fn> kGetEOpening{"GetEOpening", Any};
+inline constexpr LibFunction<AMAMRegReadEx_fn> kAMAMRegReadEx{"AMAMRegReadEx", NonZero};
+inline constexpr LibFunction<AMAMRegWrite_fn> kAMAMRegWrite{"AMAMRegWrite", NonZero};
+// Destinations.
+inline constexpr LibFunction<GetAllDestSetting_fn> kGetAllDestSetting{"GetAllDestSetting", Zero};
+inline constexpr LibFunction<GetDestSetting_fn> kGetDestSetting{"GetDestSetting", Zero};
+inline constexpr LibFunction<SetDestSetting_fn> kSetDestSetting{"SetDestSetting", Any};
+inline constexpr LibFunction<GetAMAMDeseSetting_fn> kGetAMAMDeseSetting{"GetAMAMDeseSetting",
+                                                                        NonZero};
+inline constexpr LibFunction<SetAMAMDeseSetting_fn> kSetAMAMDeseSetting{"SetAMAMDeseSetting",
+                                                                        NonZero};
+inline constexpr LibFunction<GetManagerIP_fn> kGetManagerIP{"GetManagerIP", libresult::NotMinusOne};
+inline constexpr LibFunction<GetVntTo_fn> kGetVntTo{"GetVntTo", NonZero};
+inline constexpr LibFunction<AMAMVantrelTestReport_fn> kAMAMVantrelTestReport{
+    "AMAMVantrelTestReport", Zero};
+inline constexpr LibFunction<TestFatalReport_fn> kTestFatalReport{"TestFatalReport", Zero};
+// Event monitoring.
+inline constexpr LibFunction<GetAllAgntSetting_fn> kGetAllAgntSetting{"GetAllAgntSetting",
+                                                                      libresult::NotMinusOne};
+inline constexpr LibFunction<GetAgntSetting_fn> kGetAgntSetting{"GetAgntSetting", Zero};
+inline constexpr LibFunction<SetAgntSetting_fn> kSetAgntSetting{"SetAgntSetting", Any};
+inline constexpr LibFunction<SetAgntDataForSN_fn> kSetAgntDataForSN{"SetAgntDataForSN", Any};
+inline constexpr LibFunction<GetAllSyslogSetting_fn> kGetAllSyslogSetting{"GetAllSyslogSetting",
+                                                                          Zero};
+inline constexpr LibFunction<GetSyslogSetting_fn> kGetSyslogSetting{"GetSyslogSetting", Zero};
+inline constexpr LibFunction<SetSyslogSetting_fn> kSetSyslogSetting{"SetSyslogSetting", Any};
+inline constexpr LibFunction<SetSyslogDataForSN_fn> kSetSyslogDataForSN{"SetSyslogDataForSN", Any};
+inline constexpr LibFunction<AddSyslogItem_fn> kAddSyslogItem{"AddSyslogItem", Any};
+inline constexpr LibFunction<DelSyslogItem_fn> kDelSyslogItem{"DelSyslogItem", Any};
+// Remote report service.
+inline constexpr LibFunction<CheckKeyFDFlag_fn> kCheckKeyFDFlag{"CheckKeyFDFlag", Any};
+}  // namespace rptset
+
+// ---- Base report settings ----
+
+// Every base-setting record, as GetAllBaseSetting returned them (malloc'd records in a malloc'd
+// array), and their count. Filled by InitAllBaseSetting, freed by FreeAllBaseSetting.
+extern BaseData** CPAllBaseData;
+extern int numBaseData;
+
+// Registry path of the internet-mail base settings, filled by InitIMBaseRegPath.
+extern char g_szAMBaseRegPath[BASE_REG_PATH_SIZE];
+// The internet-mail base record read by InitIMBaseSetting and written by SetIMBaseSetting, at
+// g_szAMBaseRegPath.
+extern AMBIBaseData g_AMBIBaseData;
+
+// GetAllBaseSetting into CPAllBaseData / numBaseData (any previous array freed first). TRUE on
+// success; FALSE leaves the array empty.
+BOOL InitAllBaseSetting(HMODULE lib);
+// Frees every record of CPAllBaseData, then the array, and clears both.
+void FreeAllBaseSetting();
+// GetBaseSetting of the record named by record->MethodName: the library's result (0 success),
+// -1 when the function is missing.
+int InitBaseSetting(HMODULE lib, BaseData* record);
+// SetBaseSetting: TRUE on success, else FALSE.
+BOOL PutBaseSetting(HMODULE lib, BaseData* record);
+// AMAMGetBaseRegPath into g_szAMBaseRegPath: TRUE or FALSE.
+BOOL InitIMBaseRegPath(HMODULE lib);
+// CheckInternetMailMode: TRUE when the remote report service may be chosen as a report method.
+BOOL CheckIMMode(HMODULE lib);
+// GetAMBIBaseSetting of g_AMBIBaseData at g_szAMBaseRegPath: TRUE or FALSE.
+BOOL InitIMBaseSetting(HMODULE lib);
+// SetAMBIBaseSetting of g_AMBIBaseData at g_szAMBaseRegPath: the library's result (1 success),
+// 0 when the function is missing.
+int SetIMBaseSetting(HMODULE lib);
+
+// SNMP trap destinations. The trap functions report success with a non-zero result.
+// list holds TRAP_DEST_MAX buffers of TRAP_DEST_SIZE bytes.
+int GetTrapSetting(HMODULE lib, int* count, char** list);
+int SetTrapSetting(HMODULE lib, int count, char** list);
+// Removes address from list (and lowers *count) through the library, which stores the list.
+int DelTrapSetting(HMODULE lib, int* count, const char* address, char** list);
+
+// ---- Remote report service ----
+
+// Remote report delivery method (VANTREL_* of records.h): the library's result (0 success); -1 on
+// a null handle or argument or a missing function.
+int GetVntMethod(HMODULE lib, int* method);
+int SetVntMethod(HMODULE lib, int method);
+// AMResetOpenSet: the library's result (0 success); -1 on a null handle or missing function.
+int ResetOpenSet(HMODULE lib);
+// GetEOpening: the library's result (1 when the opening report has been sent); 0 on a null
+// handle or missing function.
+int szGetEOpening(HMODULE lib);
