@@ -139,3 +139,69 @@ int szGetEOpening(HMODULE lib) {
         return 0;
     return ReturnResult(CallLibrary(lib, rptset::kGetEOpening), 0);
 }
+
+namespace {
+
+// The exit line of an event-monitoring wrapper.
+LibResult Traced(const LibResult& r) {
+    if (r.unbound())
+        ZOL_TRACE(TRACE_LEVEL_TRACE, "<unbound.");
+    else
+        ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", r.value);
+    return r;
+}
+
+}  // namespace
+
+LibResult GetAllAgntRecords(HMODULE lib, AgentEventData*** records, int* count, int* numSN,
+                            int* numEvntID) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    return Traced(CallLibrary(lib, rptset::kGetAllAgntSetting, records, count, numSN, numEvntID));
+}
+
+LibResult GetAgntRecord(HMODULE lib, AgentEventData* record) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    return Traced(CallLibrary(lib, rptset::kGetAgntSetting, record));
+}
+
+LibResult SetAgntRecord(HMODULE lib, AgentEventData* record, int changed) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p changed=%d", lib, changed);
+    return Traced(CallLibrary(lib, rptset::kSetAgntSetting, record, changed));
+}
+
+LibResult SetAgntSourceFlag(HMODULE lib, AgentEventData* record) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    return Traced(CallLibrary(lib, rptset::kSetAgntDataForSN, record));
+}
+
+LibResult GetAllSyslogRecords(HMODULE lib, SyslogData*** records, int* count, int* numSN,
+                              int* numEvntID) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    return Traced(CallLibrary(lib, rptset::kGetAllSyslogSetting, records, count, numSN, numEvntID));
+}
+
+LibResult GetSyslogRecord(HMODULE lib, SyslogData* record) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    return Traced(CallLibrary(lib, rptset::kGetSyslogSetting, record));
+}
+
+LibResult SetSyslogRecord(HMODULE lib, SyslogData* record, int changed) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p changed=%d", lib, changed);
+    return Traced(CallLibrary(lib, rptset::kSetSyslogSetting, record, changed));
+}
+
+LibResult SetSyslogSourceFlag(HMODULE lib, SyslogData* record) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    return Traced(CallLibrary(lib, rptset::kSetSyslogDataForSN, record));
+}
+
+LibResult AddSyslogRecord(HMODULE lib, SyslogData* record) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    return Traced(CallLibrary(lib, rptset::kAddSyslogItem, record));
+}
+
+LibResult DelSyslogRecord(HMODULE lib, const char* source, const char* eventID) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p source=%s eventID=%s", lib,
+              source ? source : "(null)", eventID ? eventID : "(null)");
+    return Traced(CallLibrary(lib, rptset::kDelSyslogItem, source, eventID));
+}

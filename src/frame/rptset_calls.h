@@ -45,19 +45,29 @@ inline constexpr LibFunction<GetVntTo_fn> kGetVntTo{"GetVntTo", NonZero};
 inline constexpr LibFunction<AMAMVantrelTestReport_fn> kAMAMVantrelTestReport{
     "AMAMVantrelTestReport", Zero};
 inline constexpr LibFunction<TestFatalReport_fn> kTestFatalReport{"TestFatalReport", Zero};
-// Event monitoring.
+// Event monitoring. The writers refuse with -1 (failure) and -2 (no such destination ID), the
+// deletion also with -3; every other result is success. The add's results are read by its dialog.
+inline bool NotMinusOneOrTwo(int r) {
+    return r != -1 && r != -2;
+}
+inline bool Deleted(int r) {
+    return r != -1 && r != -2 && r != -3;
+}
 inline constexpr LibFunction<GetAllAgntSetting_fn> kGetAllAgntSetting{"GetAllAgntSetting",
                                                                       libresult::NotMinusOne};
 inline constexpr LibFunction<GetAgntSetting_fn> kGetAgntSetting{"GetAgntSetting", Zero};
-inline constexpr LibFunction<SetAgntSetting_fn> kSetAgntSetting{"SetAgntSetting", Any};
-inline constexpr LibFunction<SetAgntDataForSN_fn> kSetAgntDataForSN{"SetAgntDataForSN", Any};
+inline constexpr LibFunction<SetAgntSetting_fn> kSetAgntSetting{"SetAgntSetting", NotMinusOneOrTwo};
+inline constexpr LibFunction<SetAgntDataForSN_fn> kSetAgntDataForSN{"SetAgntDataForSN",
+                                                                    NotMinusOneOrTwo};
 inline constexpr LibFunction<GetAllSyslogSetting_fn> kGetAllSyslogSetting{"GetAllSyslogSetting",
                                                                           Zero};
 inline constexpr LibFunction<GetSyslogSetting_fn> kGetSyslogSetting{"GetSyslogSetting", Zero};
-inline constexpr LibFunction<SetSyslogSetting_fn> kSetSyslogSetting{"SetSyslogSetting", Any};
-inline constexpr LibFunction<SetSyslogDataForSN_fn> kSetSyslogDataForSN{"SetSyslogDataForSN", Any};
+inline constexpr LibFunction<SetSyslogSetting_fn> kSetSyslogSetting{"SetSyslogSetting",
+                                                                    NotMinusOneOrTwo};
+inline constexpr LibFunction<SetSyslogDataForSN_fn> kSetSyslogDataForSN{"SetSyslogDataForSN",
+                                                                        NotMinusOneOrTwo};
 inline constexpr LibFunction<AddSyslogItem_fn> kAddSyslogItem{"AddSyslogItem", Any};
-inline constexpr LibFunction<DelSyslogItem_fn> kDelSyslogItem{"DelSyslogItem", Any};
+inline constexpr LibFunction<DelSyslogItem_fn> kDelSyslogItem{"DelSyslogItem", Deleted};
 // Remote report service.
 inline constexpr LibFunction<CheckKeyFDFlag_fn> kCheckKeyFDFlag{"CheckKeyFDFlag", Any};
 }  // namespace rptset
@@ -113,3 +123,31 @@ int ResetOpenSet(HMODULE lib);
 // GetEOpening: the library's result (1 when the opening report has been sent); 0 on a null
 // handle or missing function.
 int szGetEOpening(HMODULE lib);
+
+// ---- Event monitoring ----
+// Each binds its function at the call and passes the outcome on: unbound when the library lacks
+// the function, else the function's own result judged by its test in the table above. The
+// screens show the boxes.
+
+// The whole agent event catalogue (malloc'd records in a malloc'd array, which the caller frees)
+// and the numbers of source-name and event-ID slots the screens need.
+LibResult GetAllAgntRecords(HMODULE lib, AgentEventData*** records, int* count, int* numSN,
+                            int* numEvntID);
+// One event (source and event ID filled in), into the record's own destination buffers.
+LibResult GetAgntRecord(HMODULE lib, AgentEventData* record);
+// One event's settings and the report flag of lplpszDestID[0]; changed 1 writes the handling
+// method too.
+LibResult SetAgntRecord(HMODULE lib, AgentEventData* record, int changed);
+// The report flag of lplpszDestID[0] for every event of the record's source.
+LibResult SetAgntSourceFlag(HMODULE lib, AgentEventData* record);
+
+// The same four for the syslog monitoring items.
+LibResult GetAllSyslogRecords(HMODULE lib, SyslogData*** records, int* count, int* numSN,
+                              int* numEvntID);
+LibResult GetSyslogRecord(HMODULE lib, SyslogData* record);
+LibResult SetSyslogRecord(HMODULE lib, SyslogData* record, int changed);
+LibResult SetSyslogSourceFlag(HMODULE lib, SyslogData* record);
+// A new syslog item; the value tells added (1), event exists (-3), source spelled otherwise (-4).
+LibResult AddSyslogRecord(HMODULE lib, SyslogData* record);
+// Deletes one item, or with the event ID "All" every item of the source.
+LibResult DelSyslogRecord(HMODULE lib, const char* source, const char* eventID);
