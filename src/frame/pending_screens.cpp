@@ -23,14 +23,6 @@ void DestinationSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
     ScreenNotBuilt("MAIN_DESTSET_ID");
 }
 
-void AgentEventSetting(HMODULE /*hLibRPTSET*/) {
-    ScreenNotBuilt("MAIN_AGENTS_ID");
-}
-
-void SyslogSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
-    ScreenNotBuilt("MAIN_SYSLOG_ID");
-}
-
 void VantrelReportSetting(HMODULE /*hLibRPTSET*/) {
     ScreenNotBuilt("MAIN_VANTREL_ID");
 }
