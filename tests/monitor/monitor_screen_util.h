@@ -1,0 +1,48 @@
+// Shared helpers of the event-monitoring screen tests: known catalogues put into a test root,
+// the screens reached from the main menu, and what the store holds afterwards.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "frame_test_util.h"
+
+namespace montest {
+
+inline const std::string kAlertMan = "SOFTWARE\\Tavik\\ZolAlertMan";
+
+// Replaces the agent event catalogue and the syslog items of the root by the REGEDIT4 lines
+// given (keys relative to SOFTWARE\Tavik\ZolAlertMan, values as in a .reg file).
+void ReplaceCatalogues(const zoltest::ProductRoot& root, const std::string& regLines);
+
+// Starts the program (with args) and opens the agent event list or the syslog list from the
+// main menu. `launcher`, when given, runs the program: argv becomes launcher, launcherArg,
+// program, args.
+std::unique_ptr<zoltest::Terminal> OpenAgentList(const zoltest::ProductRoot& root,
+                                                 const std::vector<std::string>& args = {});
+std::unique_ptr<zoltest::Terminal> OpenSyslogList(const zoltest::ProductRoot& root,
+                                                  const std::vector<std::string>& args = {},
+                                                  const std::vector<std::string>& launcher = {});
+
+// A window's title as newt draws it in its frame.
+std::string Title(const zoltest::ProductRoot& root, const char* id);
+
+// Waits until `text` is in reverse video (the focused component under NEWT_MONO).
+bool WaitFocus(zoltest::Terminal& t, const std::string& text);
+// Closes a message box with its only button and waits for its text to go.
+void Dismiss(zoltest::Terminal& t, const std::string& text);
+// Sends Ctrl-O and waits for the window titled `title` to go.
+void CloseWithCtrlO(zoltest::Terminal& t, const std::string& title);
+// Replaces the focused entry's text: End, `erase` backspaces, then the text.
+void Retype(zoltest::Terminal& t, const std::string& text, int erase = 60);
+
+// What the store holds for one event or item key (relative to SOFTWARE\Tavik\ZolAlertMan).
+std::set<std::string> Bindings(const zoltest::ProductRoot& root, const std::string& key);
+long Dword(const zoltest::ProductRoot& root, const std::string& key, const char* value);
+std::string Text(const zoltest::ProductRoot& root, const std::string& key, const char* value);
+bool KeyExists(const zoltest::ProductRoot& root, const std::string& key);
+
+}  // namespace montest
