@@ -73,8 +73,7 @@ void PressAndClose(zoltest::Terminal& t, const ProductRoot& root) {
 }  // namespace
 
 // The list shows each event's trap; an ID is added with a new action while the marker of an
-// unset handling method stays; then removed while a handling method is typed; Remove on an empty
-// list warns; Ctrl-O writes nothing; a cleared handling method is stored empty.
+// unset handling method stays; then removed while a handling method is typed.
 TEST(AgentEvents, BindRemoveAndTheHandlingMethod) {
     ProductRoot root;
     montest::ReplaceCatalogues(root, kCatalogue);
@@ -119,7 +118,17 @@ TEST(AgentEvents, BindRemoveAndTheHandlingMethod) {
     EXPECT_EQ(Bindings(root, kAlpha1), Ids{});
     EXPECT_EQ(Text(root, kAlpha1, "DealMethod"), "Call the operator");
     EXPECT_EQ(Dword(root, kAlpha1, "Action"), 1);
+    CloseWithCtrlO(*t, Title(root, "TITTLE_AGENT_ID"));
+    frametest::closeMenu(*t);
+}
 
+// Remove on an empty list warns (its blanks around the text); Ctrl-O leaves the screen without
+// writing what Add did; a handling method cleared by the user is stored empty.
+TEST(AgentEvents, EmptyListWarningCtrlOAndAClearedHandlingMethod) {
+    ProductRoot root;
+    montest::ReplaceCatalogues(root, kCatalogue);
+    auto t = montest::OpenAgentList(root);
+    Tabs(*t, 4);
     OpenEventScreen(*t, root);
     Tabs(*t, 4);
     ASSERT_TRUE(WaitFocus(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();

@@ -292,69 +292,53 @@ TEST(MonitorSyslogItem, TimeTableKeepsTheFormerOneForTextsOfNoHour) {
     EXPECT_EQ(TimeTableText::Show(nullptr, 0xFFFFFF), "");
 }
 
+namespace {
+
+struct AddCase {
+    SyslogAddInput input;  // source, event ID, keywords, trap name, handling method
+    const char* fault;     // null: accepted
+    int keyword;           // the keyword a length refusal names
+};
+
+std::vector<AddCase> AddCases() {
+    const std::string k256(256, 'k'), k257(257, 'k'), t80(80, 't'), t81(81, 't');
+    const std::string d511(511, 'd'), d512(512, 'd');
+    return {
+        {{"mysvc", "4000ABCD", {"disk", "", ""}, "trap", "call"}, nullptr, 0},
+        {{"mysvc", "c0000001", {"disk", "", ""}, "", ""}, nullptr, 0},
+        {{"mysvc", "8fffffff", {"disk", "", ""}, "", ""}, nullptr, 0},
+        {{"mysvc", "1000ABCD", {"disk", "", ""}, "", ""}, "SYSLOGADD_InvalidEventError_ID", 0},
+        {{"mysvc", "4000ABC", {"disk", "", ""}, "", ""}, "SYSLOGADD_InvalidEventError_ID", 0},
+        {{"mysvc", "4000ABCG", {"disk", "", ""}, "", ""}, "SYSLOGADD_InvalidEventError_ID", 0},
+        {{"mysvc", "4000ABCDE", {"disk", "", ""}, "", ""}, "SYSLOGADD_InvalidEventError_ID", 0},
+        {{"mysvc", "4000ABCD", {"disk", k256, ""}, t80, d511}, nullptr, 0},
+        {{"mysvc", "4000ABCD", {"disk", "", k257}, "", ""}, "SYSLOGADD_KeywordError_ID", 3},
+        {{"mysvc", "4000ABCD", {"disk", "", ""}, t81, ""}, "SYSLOGADD_TrapnameError_ID", 0},
+        {{"mysvc", "4000ABCD", {"disk", "", ""}, "", d512}, "SYSLOGADD_DealmethodError_ID", 0},
+        {{"mysvc", "4000ABCD", {"", "", ""}, "", ""}, "SYSLOGADD_NotCompleteError_ID", 0},
+        {{"mysvc", "4000ABCD", {"", "", "only"}, "", ""}, nullptr, 0},
+        {{"", "4000ABCD", {"disk", "", ""}, "", ""}, "SYSLOGADD_NotCompleteError_ID", 0},
+        {{"mysvc", "", {"disk", "", ""}, "", ""}, "SYSLOGADD_NotCompleteError_ID", 0},
+        // The first failing check decides.
+        {{"mysvc", "x", {"disk", k257, ""}, t81, ""}, "SYSLOGADD_KeywordError_ID", 2},
+        {{"mysvc", "x", {"disk", "", ""}, t81, d512}, "SYSLOGADD_TrapnameError_ID", 0},
+        {{"", "x", {"disk", "", ""}, "", ""}, "SYSLOGADD_NotCompleteError_ID", 0},
+    };
+}
+
+}  // namespace
+
 // The add dialog's checks in their order, the event ID form, and the record they fill.
 TEST(MonitorSyslogAdd, ChecksInOrderAndTheRecord) {
-    const SyslogAddInput valid{"mysvc", "4000ABCD", {"disk", "", ""}, "trap", "call"};
-    auto with = [&](auto change) {
-        SyslogAddInput input = valid;
-        change(input);
-        return input;
-    };
-    struct Case {
-        SyslogAddInput input;
-        const char* fault;  // null: accepted
-        int keyword;
-    };
-    using In = SyslogAddInput&;
-    const Case cases[] = {
-        {valid, nullptr, 0},
-        {with([](In i) { i.eventID = "c0000001"; }), nullptr, 0},
-        {with([](In i) { i.eventID = "8fffffff"; }), nullptr, 0},
-        {with([](In i) { i.eventID = "1000ABCD"; }), "SYSLOGADD_InvalidEventError_ID", 0},
-        {with([](In i) { i.eventID = "4000ABC"; }), "SYSLOGADD_InvalidEventError_ID", 0},
-        {with([](In i) { i.eventID = "4000ABCG"; }), "SYSLOGADD_InvalidEventError_ID", 0},
-        {with([](In i) { i.eventID = "4000ABCDE"; }), "SYSLOGADD_InvalidEventError_ID", 0},
-        {with([](In i) { i.keywords[1] = std::string(256, 'k'); }), nullptr, 0},
-        {with([](In i) { i.keywords[2] = std::string(257, 'k'); }), "SYSLOGADD_KeywordError_ID", 3},
-        {with([](In i) { i.trapName = std::string(80, 't'); }), nullptr, 0},
-        {with([](In i) { i.trapName = std::string(81, 't'); }), "SYSLOGADD_TrapnameError_ID", 0},
-        {with([](In i) { i.dealMethod = std::string(511, 'd'); }), nullptr, 0},
-        {with([](In i) { i.dealMethod = std::string(512, 'd'); }), "SYSLOGADD_DealmethodError_ID",
-         0},
-        {with([](In i) { i.keywords[0] = ""; }), "SYSLOGADD_NotCompleteError_ID", 0},
-        {with([](In i) {
-             i.keywords[0] = "";
-             i.keywords[2] = "only";
-         }),
-         nullptr, 0},
-        {with([](In i) { i.source = ""; }), "SYSLOGADD_NotCompleteError_ID", 0},
-        {with([](In i) { i.eventID = ""; }), "SYSLOGADD_NotCompleteError_ID", 0},
-        // The first failing check decides.
-        {with([](In i) {
-             i.keywords[1] = std::string(300, 'k');
-             i.trapName = std::string(90, 't');
-         }),
-         "SYSLOGADD_KeywordError_ID", 2},
-        {with([](In i) {
-             i.trapName = std::string(90, 't');
-             i.eventID = "x";
-         }),
-         "SYSLOGADD_TrapnameError_ID", 0},
-        {with([](In i) {
-             i.source = "";
-             i.eventID = "x";
-         }),
-         "SYSLOGADD_NotCompleteError_ID", 0},
-    };
-    for (const Case& c : cases) {
+    for (const AddCase& c : AddCases()) {
         int keyword = 0;
         const char* fault = SyslogAddFault(c.input, &keyword);
-        EXPECT_STREQ(fault, c.fault) << c.input.eventID << " " << c.input.keywords[0].size();
+        EXPECT_STREQ(fault, c.fault) << c.input.source << " / " << c.input.eventID;
         EXPECT_EQ(keyword, c.keyword) << (c.fault ? c.fault : "accepted");
     }
 
     SyslogData record{};
-    FillSyslogAddRecord(with([](In i) { i.keywords[2] = "%s %n"; }), record);
+    FillSyslogAddRecord({"mysvc", "4000ABCD", {"disk", "", "%s %n"}, "trap", "call"}, record);
     EXPECT_STREQ(record.SourceName, "mysvc");
     EXPECT_STREQ(record.EventID, "4000ABCD");
     EXPECT_STREQ(record.Keyword1, "disk");

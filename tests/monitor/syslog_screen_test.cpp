@@ -298,9 +298,8 @@ TEST(SyslogList, DeletingItemsSourcesAndTheLast) {
 
 // One item: time table, count, action, handling method and an ID written; a time table that
 // names no hour keeps the former one and an empty count stores 0; keywords are cut to 40 columns
-// and shown whole by their buttons. A whole source shows only the IDs, without the remote report
-// service's. The administrator variant adds the error kind and level.
-TEST(SyslogItemSettings, FieldsKeywordsWholeSourceAndAdministrator) {
+// and shown whole by their buttons.
+TEST(SyslogItemSettings, OneItemsFieldsAndKeywords) {
     ProductRoot root;
     montest::ReplaceCatalogues(root, kCatalogue);
     auto t = montest::OpenSyslogList(root);
@@ -353,8 +352,17 @@ TEST(SyslogItemSettings, FieldsKeywordsWholeSourceAndAdministrator) {
     t->send(keys::Enter);
     Dismiss(*t, kLongKeyword);
     CloseWithCtrlO(*t, Title(root, "TITTLE_SUBSYSLOG_SET_ID"));
+    CloseWithCtrlO(*t, Title(root, "MAIN_SYSLOG_ID"));
+    frametest::closeMenu(*t);
+}
 
-    Tabs(*t, 6, kBackTab);
+// A whole source shows only the IDs, without the remote report service's own, and leaves that
+// service's bindings alone. The administrator variant adds the error kind and level to an item.
+TEST(SyslogItemSettings, WholeSourceAndAdministrator) {
+    ProductRoot root;
+    montest::ReplaceCatalogues(root, kCatalogue);
+    auto t = montest::OpenSyslogList(root);
+    t->send(keys::Tab);
     t->send(keys::Space);
     Tabs(*t, 6);
     OpenItemScreen(*t, root);
@@ -397,7 +405,8 @@ TEST(SyslogItemSettings, FieldsKeywordsWholeSourceAndAdministrator) {
     PressOkAndClose(*t, root);
     EXPECT_EQ(Dword(root, kAlpha1, "ErrKind"), 1);
     EXPECT_EQ(Dword(root, kAlpha1, "Level"), 2);
-    EXPECT_EQ(Dword(root, kAlpha1, "TimeTable"), 0x3FE00);
+    EXPECT_EQ(Dword(root, kAlpha1, "TimeTable"), 0xFFFFFF);
+    EXPECT_EQ(Bindings(root, kAlpha1), all) << "the report flags written back as they were";
     CloseWithCtrlO(*t, Title(root, "MAIN_SYSLOG_ID"));
     frametest::closeMenu(*t);
 }
