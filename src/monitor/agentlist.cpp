@@ -71,7 +71,12 @@ void CheckListboxFunc2(AgentListView& view) {
 // Source changed: its event IDs, then the current event's trap.
 void CheckListboxFunc(AgentListView& view) {
     newtListboxClear(view.events);
-    view.catalogue.FindEventID(view.currentSource());
+    // Without a source (every name empty) there are no events to show either.
+    const std::string source = view.currentSource();
+    if (source.empty())
+        view.catalogue.eventIDs.clear();
+    else
+        view.catalogue.FindEventID(source);
     for (std::size_t i = 0; i < view.catalogue.eventIDs.size(); ++i)
         zolui::listboxAppendIndex(view.events, view.catalogue.eventIDs[i], static_cast<int>(i));
     CheckListboxFunc2(view);
