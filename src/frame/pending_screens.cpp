@@ -19,10 +19,6 @@ void ScreenNotBuilt(const char* menuLabelId) {
 
 }  // namespace
 
-void DestinationSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
-    ScreenNotBuilt("MAIN_DESTSET_ID");
-}
-
 void AgentEventSetting(HMODULE /*hLibRPTSET*/) {
     ScreenNotBuilt("MAIN_AGENTS_ID");
 }
