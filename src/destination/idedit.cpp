@@ -100,13 +100,21 @@ void OpenEditor(zolui::Dialog& dialog, EditorForm& form, zolui::Grid buttons) {
     dialog.open(grid, Text("TITTLE_IDSET_ID"));
 }
 
-// The ID entry, the method list (one row) and the address box, in focus order.
-EditorForm MakeEditorWidgets(zolui::Dialog& dialog, const std::string& id, int entryFlags,
+// The ID entry, the method list (one row) and the address box, in focus order. A changed ID
+// keeps its name and method: the entry is disabled and the method is shown as a label, which
+// newt, unlike a list box with an entry, never gives the focus.
+EditorForm MakeEditorWidgets(zolui::Dialog& dialog, const DestData* changed,
                              const std::string& addressLine) {
     EditorForm form;
-    form.id = dialog.add(zolui::entry(-1, -1, id, kIDWidth, NEWT_FLAG_SCROLL | entryFlags));
-    form.methods = dialog.add(newtListbox(-1, -1, 1, 0), kMethodListId);
-    newtListboxSetWidth(form.methods, kMethodWidth);
+    const int idFlags = NEWT_FLAG_SCROLL | (changed != nullptr ? NEWT_FLAG_DISABLED : 0);
+    form.id = dialog.add(
+        zolui::entry(-1, -1, changed != nullptr ? changed->ID : "", kIDWidth, idFlags));
+    if (changed != nullptr) {
+        form.methods = dialog.add(zolui::label(-1, -1, ListRow(changed->Method, kMethodWidth)));
+    } else {
+        form.methods = dialog.add(newtListbox(-1, -1, 1, 0), kMethodListId);
+        newtListboxSetWidth(form.methods, kMethodWidth);
+    }
     form.address = dialog.add(
         zolui::textbox(-1, -1, kAddressWidth, kAddressHeight, NEWT_FLAG_WRAP, addressLine));
     return form;
@@ -196,7 +204,7 @@ void NewIDSetting(DestData* record, HMODULE rptsetLib, HMODULE dscopyLib) {
     const std::vector<std::string> methods = BuildMethodList(DestList, szIDnum);
 
     zolui::Dialog dialog;
-    EditorForm form = MakeEditorWidgets(dialog, "", 0, "");
+    EditorForm form = MakeEditorWidgets(dialog, nullptr, "");
     for (std::size_t i = 0; i < methods.size(); ++i)
         zolui::listboxAppendIndex(form.methods, ListRow(methods[i], kMethodWidth),
                                   static_cast<int>(i));
@@ -251,9 +259,7 @@ void ModifyIDSetting(DestData* record, HMODULE rptsetLib, HMODULE dscopyLib) {
     record->Operation = DEST_OP_CHANGE;
 
     zolui::Dialog dialog;
-    EditorForm form = MakeEditorWidgets(dialog, record->ID, NEWT_FLAG_DISABLED, line);
-    zolui::listboxAppendIndex(form.methods, ListRow(record->Method, kMethodWidth), 0);
-    newtComponentTakesFocus(form.methods, 0);
+    EditorForm form = MakeEditorWidgets(dialog, record, line);
     OpenEditor(dialog, form,
                dialog.buttonRow({{Text("IDSET_BUTTON_ADD_ID"), kAddressId},
                                  {Text("IDSET_BUTTON_SCH_ID"), kScheduleId},

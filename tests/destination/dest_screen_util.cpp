@@ -67,14 +67,17 @@ std::unique_ptr<Terminal> openList(const ProductRoot& root) {
     return t;
 }
 
-void selectID(Terminal& t, const ProductRoot& root, const std::string& id, int row) {
+void selectID(Terminal& t, const std::string& id) {
     t.send(keys::Home);
-    for (int i = 0; i < row; ++i)
+    for (int row = 0; row < 100; ++row) {
+        const bool found = t.waitFor(
+            [&](const Terminal& s) { return s.reverseText().find(id) != std::string::npos; },
+            std::chrono::milliseconds(row == 0 ? 2000 : 300));
+        if (found)
+            return;
         t.send(keys::Down);
-    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
-        return s.reverseText().find(id) != std::string::npos;
-    })) << t.dump();
-    (void)root;
+    }
+    ADD_FAILURE() << id << " is not listed\n" << t.dump();
 }
 
 void pressListButton(Terminal& t, int button) {

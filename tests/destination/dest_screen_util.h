@@ -29,8 +29,8 @@ void addText(const ProductRoot& root, const std::string& key, const char* name,
 
 // Starts the program and opens the destination list (the main menu's second row).
 std::unique_ptr<Terminal> openList(const ProductRoot& root);
-// Moves the list's focus to the row showing id (from the top) and waits for its details.
-void selectID(Terminal& t, const ProductRoot& root, const std::string& id, int row);
+// Moves the list's focus down from the top to the row showing id.
+void selectID(Terminal& t, const std::string& id);
 // Presses the list's button: 1 Add, 2 Change, 3 Delete (the focus is on the list box).
 void pressListButton(Terminal& t, int button);
 

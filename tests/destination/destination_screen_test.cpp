@@ -31,6 +31,28 @@ void chooseInBand(Terminal& t) {
     })) << t.dump();
 }
 
+// A range message as the program fills it.
+std::string bounded(const ProductRoot& root, const char* id, const char* low, const char* high) {
+    std::string text = english(root, id);
+    for (const char* bound : {low, high}) {
+        const auto at = text.find("%d");
+        if (at != std::string::npos)
+            text.replace(at, 2, bound);
+    }
+    return text;
+}
+
+// In the schedule screen, with the focus on the interval: types the three values and presses OK.
+void fillSchedule(Terminal& t, const char* interval, const char* time, const char* hours) {
+    retype(t, interval, 3);
+    t.send(keys::Tab);
+    retype(t, time, 4);
+    t.send(keys::Tab);
+    retype(t, hours, 40);
+    t.send(keys::Tab);
+    t.send(keys::Enter);
+}
+
 }  // namespace
 
 // A new in-band ID: the empty ID refused at each button, a host name stored as its address, an
@@ -82,4 +104,89 @@ TEST(DestinationEditor, AddInBandIDWithItsRefusals) {
     EXPECT_EQ(storedDword(root, key, "Port"), 31134u);
     EXPECT_FALSE(keyExists(root, kIDList + "\\Ops\\Center"));
     EXPECT_EQ(storedText(root, kIDList + "\\SNMP", "Method"), "MANAGER (SNMP)");
+}
+
+// Changing an out-of-band ID: its address screen writes the dial-in data at once (the password
+// stored encoded, never traced); the schedule refuses each limit in turn, keeps the old hours
+// for text it cannot read, and stores good hours.
+TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
+    ProductRoot root;
+    const std::string key = kIDList + "\\Ops";
+    addText(root, key, "Method", "MANAGER (TCP_IP OUT-OF-BAND)");
+    addText(root, key, "Address", "192.0.2.1");
+    auto t = openList(root);
+    selectID(*t, "Ops");
+    EXPECT_TRUE(t->waitForText(FormatText(english(root, "DEST_IDLIST_ADD3_ID"), {"192.0.2.1"})))
+        << t->dump();
+    pressListButton(*t, 2);
+    ASSERT_TRUE(titled(*t, root, "TITTLE_IDSET_ID")) << t->dump();
+    ASSERT_TRUE(focused(*t, english(root, "IDSET_BUTTON_ADD_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(titled(*t, root, "TITTLE_OUTBAND_ID")) << t->dump();
+    retype(*t, "127.0.0.1", 12);
+    t->send(keys::Tab);
+    t->type("0312345678");
+    t->send(keys::Tab);
+    t->type("operator");
+    t->send(keys::Tab);
+    t->type("s3cret");
+    EXPECT_FALSE(t->contains("s3cret")) << t->dump();
+    tabs(*t, 3);  // port, Default, OK
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(FormatText(english(root, "DEST_IDLIST_ADD3_ID"), {"127.0.0.1"})))
+        << t->dump();
+    EXPECT_EQ(storedText(root, key, "Address"), "127.0.0.1");
+    EXPECT_EQ(storedText(root, key, "Phone") + "|" + storedText(root, key, "User"),
+              "0312345678|operator");
+    const std::string password = storedText(root, key, "Password");
+    EXPECT_EQ(password.size(), 6u);
+    EXPECT_NE(password, "s3cret");
+
+    t->send(keys::Tab);  // Schedule
+    t->send(keys::Enter);
+    ASSERT_TRUE(titled(*t, root, "TITTLE_SCHEDULE_ID")) << t->dump();
+    EXPECT_TRUE(t->contains("0-23")) << t->dump();
+    struct Try {
+        const char *interval, *time, *hours;
+        std::string refusal;  // empty: accepted
+    };
+    const Try tries[] = {
+        {"0", "72", "0-23", bounded(root, "ERR_RINTER_ID", "1", "30")},
+        {"31", "72", "0-23", bounded(root, "ERR_RINTER_ID", "1", "30")},
+        {"1", "241", "0-23", bounded(root, "ERR_SCHE_RINTER_ID", "0", "240")},
+        {"30", "240", "8,9-10", english(root, "ERR_RETRYTIME_ID")},
+        // Accepted, but no hour the library can read: the old hours stay.
+        {"30", "240", "25-26", ""},
+    };
+    for (const Try& attempt : tries) {
+        fillSchedule(*t, attempt.interval, attempt.time, attempt.hours);
+        if (attempt.refusal.empty())
+            break;
+        dismiss(*t, attempt.refusal);
+        tabs(*t, 2);  // from OK round to the interval
+    }
+    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    EXPECT_EQ(storedDword(root, key, "RetryInterval"), 30u);
+    EXPECT_EQ(storedDword(root, key, "RetryTime"), 240u);
+    EXPECT_EQ(storedDword(root, key, "HourMask"), 0xFFFFFFu);
+
+    ASSERT_TRUE(focused(*t, english(root, "IDSET_BUTTON_SCH_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(titled(*t, root, "TITTLE_SCHEDULE_ID")) << t->dump();
+    fillSchedule(*t, "1", "0", "8-17");
+    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    EXPECT_EQ(storedDword(root, key, "RetryInterval"), 1u);
+    EXPECT_EQ(storedDword(root, key, "RetryTime"), 0u);
+    EXPECT_EQ(storedDword(root, key, "HourMask"), 0x03FF00u);
+    // Cancel writes nothing.
+    t->send(keys::Enter);
+    ASSERT_TRUE(titled(*t, root, "TITTLE_SCHEDULE_ID")) << t->dump();
+    EXPECT_TRUE(t->waitForText("8-17")) << t->dump();
+    retype(*t, "9", 3);
+    closeWindow(*t, root, "TITTLE_SCHEDULE_ID");
+    closeWindow(*t, root, "TITTLE_IDSET_ID");
+    closeWindow(*t, root, "TITTLE_DESTSET_ID");
+    frametest::closeMenu(*t);
+    EXPECT_EQ(storedDword(root, key, "RetryInterval"), 1u);
+    EXPECT_EQ(frametest::traceDump(root).find("s3cret"), std::string::npos);
 }
