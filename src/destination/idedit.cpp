@@ -107,8 +107,8 @@ EditorForm MakeEditorWidgets(zolui::Dialog& dialog, const DestData* changed,
                              const std::string& addressLine) {
     EditorForm form;
     const int idFlags = NEWT_FLAG_SCROLL | (changed != nullptr ? NEWT_FLAG_DISABLED : 0);
-    form.id = dialog.add(
-        zolui::entry(-1, -1, changed != nullptr ? changed->ID : "", kIDWidth, idFlags));
+    form.id =
+        dialog.add(zolui::entry(-1, -1, changed != nullptr ? changed->ID : "", kIDWidth, idFlags));
     if (changed != nullptr) {
         form.methods = dialog.add(zolui::label(-1, -1, ListRow(changed->Method, kMethodWidth)));
     } else {

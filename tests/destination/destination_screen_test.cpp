@@ -190,3 +190,85 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
     EXPECT_EQ(storedDword(root, key, "RetryInterval"), 1u);
     EXPECT_EQ(frametest::traceDump(root).find("s3cret"), std::string::npos);
 }
+
+// A built-in ID is refused; another is deleted after the question (Cancel first keeps it), and
+// leaves the store, every event and syslog binding and every alert log, while the others stay.
+TEST(DestinationList, DeleteRemovesTheIDEverywhereButNeverABuiltInOne) {
+    ProductRoot root;
+    addText(root, kIDList + "\\Ops", "Method", "MANAGER (SNMP)");
+    const std::string events = "SOFTWARE\\Tavik\\ZolAlertMan\\AgentEvent\\ZolDisk\\80000001\\Dest";
+    const std::string items = "SOFTWARE\\Tavik\\ZolAlertMan\\SyslogMonitor\\kernel\\5\\Dest";
+    for (const std::string& dest : {events, items}) {
+        addDword(root, dest, "Ops", 1);
+        addDword(root, dest, "SNMP", 1);
+    }
+    const std::filesystem::path log = root.path() / "log" / "alert" / "alert-20260101.log";
+    std::filesystem::create_directories(log.parent_path());
+    zoltest::writeFile(log,
+                       "2026-01-01 10:00:00\tZolDisk\t80000001\tOps\t\t0\n"
+                       "2026-01-01 10:00:01\tZolDisk\t80000001\tSNMP\t\t0\n"
+                       "2026-01-01 10:00:02\tkernel\t5\tops\t\t3\n");
+
+    auto t = openList(root);
+    selectID(*t, "SNMP");
+    pressListButton(*t, 3);
+    dismiss(*t, english(root, "WARN_CANNOTDEL_ID"));
+    const std::string sure = english(root, "WARN_SUREDEL_ID");
+    for (const bool confirm : {false, true}) {
+        t->send(keys::Tab);  // from Delete back round to the list
+        t->send(keys::Tab);
+        selectID(*t, "Ops");
+        pressListButton(*t, 3);
+        ASSERT_TRUE(t->waitForText(sure)) << t->dump();
+        ASSERT_TRUE(focused(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+        if (!confirm)
+            t->send(keys::Tab);
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForNoText(sure)) << t->dump();
+        // Deleted, the list is read again without it.
+        ASSERT_TRUE(t->waitFor([&](const Terminal& s) { return s.contains("Ops") != confirm; }))
+            << t->dump();
+        EXPECT_EQ(keyExists(root, kIDList + "\\Ops"), !confirm);
+    }
+    closeWindow(*t, root, "TITTLE_DESTSET_ID");
+    frametest::closeMenu(*t);
+
+    for (const std::string& dest : {events, items}) {
+        EXPECT_EQ(storedDword(root, dest, "Ops"), 0xFFFFFFFFu) << dest;
+        EXPECT_EQ(storedDword(root, dest, "SNMP"), 1u) << dest;
+    }
+    EXPECT_EQ(zoltest::readFile(log), "2026-01-01 10:00:01\tZolDisk\t80000001\tSNMP\t\t0\n");
+    EXPECT_TRUE(keyExists(root, kIDList + "\\SNMP"));
+}
+
+// Only a hidden ID in the table: "<none>", Change and Delete warn; a new ID has no method to
+// choose, so its address button finds none. Ctrl-O leaves each form.
+TEST(DestinationList, EmptyTableShowsNoneAndWarns) {
+    ProductRoot root;
+    frametest::zolreg(root, {"delete", "HKLM\\" + kIDList, "/f"});
+    addText(root, kIDList + "\\SYSLOG", "Method", "SYSLOG");
+    // Without the remote report service the list needs nothing of its destination.
+    addDword(root, "SOFTWARE\\Tavik\\VNTService\\SETUP", "Installed", 0);
+    auto t = openList(root);
+    ASSERT_TRUE(t->waitForText("<none>")) << t->dump();
+    EXPECT_FALSE(t->contains("SYSLOG")) << t->dump();
+    const std::string invalid = english(root, "WARN_INVALID_ID");
+    pressListButton(*t, 2);
+    dismiss(*t, invalid);
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    dismiss(*t, invalid);
+    tabs(*t, 3);  // Close, list, Add
+    t->send(keys::Enter);
+    ASSERT_TRUE(titled(*t, root, "TITTLE_IDSET_ID")) << t->dump();
+    t->type("Lonely");
+    tabs(*t, 2);  // the empty method list, Address
+    ASSERT_TRUE(focused(*t, english(root, "IDSET_BUTTON_ADD_ID"))) << t->dump();
+    t->send(keys::Enter);
+    dismiss(*t, invalid);
+    closeWindow(*t, root, "TITTLE_IDSET_ID");
+    ASSERT_TRUE(t->waitForText("<none>")) << t->dump();
+    closeWindow(*t, root, "TITTLE_DESTSET_ID");
+    frametest::closeMenu(*t);
+    EXPECT_FALSE(keyExists(root, kIDList + "\\Lonely"));
+}
