@@ -15,9 +15,6 @@ using namespace desttest;
 
 namespace {
 
-// Rows of the seeded list: SNMP, TCP_IP In-Band, TCP_IP Out-of-Band, VantrelReport.
-constexpr int kSeededRows = 4;
-
 std::string existText(const ProductRoot& root, const std::string& id) {
     return FormatText(english(root, "ERR_DEST_EXIST_ID"), {id});
 }
