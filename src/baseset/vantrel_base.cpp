@@ -33,7 +33,7 @@ struct DeliveryMethod {
 constexpr std::array<DeliveryMethod, 4> kMethods = {{
     {VANTREL_INTERNETMAIL, "VNT_BASE_IMAIL_ID", IMailBaseSetting},
     {VANTREL_DIALUP, "VNT_BASE_DIALUP_ID", nullptr},
-    {VANTREL_TRANSTOMANAGER, "VNT_BASE_MANAG_ID", nullptr},
+    {VANTREL_TRANSTOMANAGER, "VNT_BASE_MANAG_ID", ViaFWManagerSet},
     {VANTREL_HTTPS, "VNT_BASE_HTTPS_ID", nullptr},
 }};
 static_assert(std::size(kVantrelRecordNames) == kMethods.size());

@@ -52,18 +52,20 @@ BOOL IsHiddenDestID(const char* id) {
 }
 
 void FreeDestTable() {
-    for (DestData*& record : CPDestData) {
-        std::free(record);
-        record = nullptr;
+    for (int i = 0; i < DEST_MAX_RECORDS; ++i) {
+        // Out-of-band records hold a password in plain text; records past IDnum hold nothing.
+        if (CPDestData[i] != nullptr && i < IDnum)
+            explicit_bzero(CPDestData[i]->Password, sizeof CPDestData[i]->Password);
+        std::free(CPDestData[i]);
+        CPDestData[i] = nullptr;
     }
     IDnum = 0;
     ClearListedIDs();
 }
 
-int InitAllDestSetting(HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    auto* pGetAllDestSetting =
-        BindFromHandle<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
+int InitAllDestSetting(HMODULE lib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    auto* pGetAllDestSetting = BindFromHandle<GetAllDestSetting_fn>(lib, "GetAllDestSetting");
     if (pGetAllDestSetting == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<Get GetAllDestSetting Address Failed,return -1.");
         return -1;
@@ -92,13 +94,13 @@ int InitAllDestSetting(HMODULE hLibRPTSET) {
     return count;
 }
 
-int InitialDS(HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (hLibRPTSET == nullptr) {
+int InitialDS(HMODULE lib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (lib == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET is NULL.return -1.");
         return -1;
     }
-    const int count = InitAllDestSetting(hLibRPTSET);
+    const int count = InitAllDestSetting(lib);
     if (count == -1) {
         ShowFuncCallErr("InitAllDestSetting");
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitAllDestSetting failed.return -1.");

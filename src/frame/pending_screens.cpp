@@ -19,9 +19,6 @@ void ScreenNotBuilt(const char* menuLabelId) {
 
 }  // namespace
 
-void DestinationSetting(HMODULE /*hLibRPTSET*/, HMODULE /*hLibDSCOPY*/) {
-    ScreenNotBuilt("MAIN_DESTSET_ID");
-}
 
 void VantrelReportSetting(HMODULE /*hLibRPTSET*/) {
     ScreenNotBuilt("MAIN_VANTREL_ID");

@@ -6,6 +6,9 @@
 
 #include <zolwin.h>
 
+#include <cstdint>
+#include <string>
+
 #include "frame/libcall.h"
 #include "records.h"
 #include "rptset_api.h"
@@ -45,6 +48,8 @@ inline constexpr LibFunction<GetVntTo_fn> kGetVntTo{"GetVntTo", NonZero};
 inline constexpr LibFunction<AMAMVantrelTestReport_fn> kAMAMVantrelTestReport{
     "AMAMVantrelTestReport", Zero};
 inline constexpr LibFunction<TestFatalReport_fn> kTestFatalReport{"TestFatalReport", Zero};
+inline constexpr LibFunction<GetManagerPort_fn> kGetManagerPort{"GetManagerPort", Zero};
+inline constexpr LibFunction<SetManagerAddress_fn> kSetManagerAddress{"SetManagerAddress", Zero};
 // Event monitoring. The writers refuse with -1 (failure) and -2 (no such destination ID), the
 // deletion also with -3; every other result is success. The add's results are read by its dialog.
 inline bool NotMinusOneOrTwo(int r) {
@@ -123,6 +128,41 @@ int ResetOpenSet(HMODULE lib);
 // GetEOpening: the library's result (1 when the opening report has been sent); 0 on a null
 // handle or missing function.
 int szGetEOpening(HMODULE lib);
+
+// ---- Destinations ----
+
+// GetDestSetting of the destination whose ID the record holds (compared without regard to case):
+// TRUE when it was read (the record then holds it), FALSE otherwise.
+BOOL ReadDestSetting(HMODULE lib, DestData* record);
+// SetDestSetting of the record as its Operation says. The value is the library's own result
+// (0 done, -1 system error, -2 refused, -3 an ID of that name exists); unbound when the library
+// lacks the function or an argument is null.
+LibResult WriteDestSetting(HMODULE lib, DestData* record);
+
+// ---- The remote report service's destination ----
+
+// GetVntTo into out (VNT_MAILTO_SIZE bytes): TRUE, or FALSE (out then empty).
+BOOL ReadVntTo(HMODULE lib, char* out);
+// GetManagerIP into out (VNT_MAILTO_SIZE bytes): failed when the library answered -1 (no
+// manager address stored), unbound when it lacks the function.
+LibResult ReadManagerIP(HMODULE lib, char* out);
+// GetManagerPort: the stored port of the via-manager method, 31134 when none is stored.
+LibResult ReadManagerPort(HMODULE lib, uint32_t* port);
+// SetManagerAddress: address (dotted IPv4) and port of the via-manager method in one write.
+LibResult WriteManagerAddress(HMODULE lib, const char* ip, uint32_t port);
+// GetAMAMDeseSetting into mail; the library's text for the administrator (the state of the
+// service's set-up data) is copied into *message when message is not null, and the library's
+// copy freed. TRUE, or FALSE with mail and *message as they were.
+BOOL ReadMLDestSetting(HMODULE lib, VxMLDestData* mail, std::string* message);
+// SetAMAMDeseSetting: with recordOnly 0 the mail settings and the record, else the record alone
+// (mail may then be null), in one write. TRUE or FALSE.
+BOOL WriteMLDestSetting(HMODULE lib, const VxMLDestData* mail, DestData* record, int recordOnly);
+// A test report through the destination id: AMAMVantrelTestReport, or TestFatalReport when
+// critical. Failed (with the library's reason in *reason when it gave one, else empty) unless the
+// library sent it.
+LibResult SendTestReport(HMODULE lib, bool critical, const char* id, std::string* reason);
+// CheckKeyFDFlag: TRUE when the service's set-up data has been read from its key floppy.
+BOOL CheckInstVantrelFD(HMODULE lib);
 
 // ---- Event monitoring ----
 // Each binds its function at the call and passes the outcome on: unbound when the library lacks

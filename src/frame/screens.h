@@ -8,17 +8,24 @@
 #include "records.h"
 
 // ---- Screens entered from the main menu; each returns when its screen closes ----
-void BaseSetting(HMODULE rptsetLib);                           // src/baseset
+void BaseSetting(HMODULE rptsetLib);                            // src/baseset
 void DestinationSetting(HMODULE rptsetLib, HMODULE dscopyLib);  // src/destination
-void AgentEventSetting(HMODULE rptsetLib);                     // src/monitor
-void SyslogSetting(HMODULE rptsetLib, HMODULE dscopyLib);      // src/monitor
-void VantrelReportSetting(HMODULE rptsetLib);                  // src/remote
+void AgentEventSetting(HMODULE rptsetLib);                      // src/monitor
+void SyslogSetting(HMODULE rptsetLib, HMODULE dscopyLib);       // src/monitor
+void VantrelReportSetting(HMODULE rptsetLib);                   // src/remote
 
 // ---- Remote report service screens other families open (src/remote) ----
 // The suppression dialog. 0 when nothing failed (also after Cancel); the failing set call's
 // result when saving failed; -1, without showing anything, when a pointer is unbound or a
 // stored value is out of range.
 int vntSuppressSet();
+
+// The remote report service's internet-mail destination, edited together with its destination
+// record (the ID editor's record): 0, or -1 when its settings cannot be read (after the box).
+int InternetMailSetting(DestData* record, HMODULE rptsetLib);
+// The manager of the service's via-manager method, its address and port: 0, or -1 when they
+// cannot be read (after the box).
+int ViaFWManagerSet(HMODULE rptsetLib);
 
 // ---- The destination table (src/destination), read by the destination and event screens ----
 

@@ -275,6 +275,44 @@ TEST_F(VantrelDestTest, MailSettingsAndTheServiceStateMessage) {
     EXPECT_STREQ(mail.MailTo, "new@example.com");
 }
 
+// Address and port land together or not at all; the port reads as 31134 until one is stored.
+TEST_F(VantrelDestTest, ManagerAddressAndPortAreWrittenTogether) {
+    auto* setManager = BindFromHandle<SetManagerAddress_fn>(hLibRPTSET, "SetManagerAddress");
+    auto* getPort = BindFromHandle<GetManagerPort_fn>(hLibRPTSET, "GetManagerPort");
+    auto* getIP = BindFromHandle<GetManagerIP_fn>(hLibRPTSET, "GetManagerIP");
+    ASSERT_TRUE(setManager && getPort && getIP);
+    uint32_t port = 0;
+    ASSERT_EQ(getPort(&port), 0);  // no Address key at all
+    EXPECT_EQ(port, 31134u);
+    EXPECT_EQ(getPort(nullptr), -1);
+
+    ASSERT_EQ(setManager("198.51.100.7", 6001), 0) << Trace();
+    char ip[VNT_MAILTO_SIZE] = {};
+    ASSERT_EQ(getIP(ip), 0);
+    ASSERT_EQ(getPort(&port), 0);
+    EXPECT_EQ(std::string(ip) + ":" + std::to_string(port), "198.51.100.7:6001");
+
+    struct Refused {
+        const char* ip;
+        uint32_t port;
+    };
+    const Refused refused[] = {{nullptr, 7000},           {"", 7000},
+                               {"manager.example", 7000}, {"198.51.100.300", 7000},
+                               {"198.51.100.8", 0},       {"198.51.100.8", 65536}};
+    for (const Refused& r : refused) {
+        EXPECT_EQ(setManager(r.ip, r.port), -1) << (r.ip ? r.ip : "(null)") << " " << r.port;
+        ASSERT_EQ(getIP(ip), 0);
+        ASSERT_EQ(getPort(&port), 0);
+        EXPECT_EQ(std::string(ip) + ":" + std::to_string(port), "198.51.100.7:6001");
+    }
+    ASSERT_EQ(setManager("203.0.113.1", 65535), 0);
+    ASSERT_EQ(getPort(&port), 0);
+    EXPECT_EQ(port, 65535u);
+    SetText(address, "ManagerPort", "7000");  // another type: the default
+    ASSERT_EQ(getPort(&port), 0);
+    EXPECT_EQ(port, 31134u);
+}
+
 TEST_F(VantrelDestTest, TestReportsSayDeliveryIsNotAvailable) {
     for (const char* name : {"AMAMVantrelTestReport", "TestFatalReport"}) {
         auto* report = BindFromHandle<AMAMVantrelTestReport_fn>(hLibRPTSET, name);

@@ -39,6 +39,13 @@ typedef int SetAMAMDeseSetting_fn(const VxMLDestData* mail, DestData* record, in
 /* Manager IP address of the via-manager method into out (VNT_MAILTO_SIZE bytes); -1 on failure,
  * else 0. */
 typedef int GetManagerIP_fn(char* out);
+/* Manager port of the via-manager method into *port: the stored port, or DEST_DEFAULT_PORT when
+ * none is stored (or it has another type). 0, or -1 for a null argument or a store failure. */
+typedef int GetManagerPort_fn(uint32_t* port);
+/* Stores the manager of the via-manager method, address and port together in one transaction:
+ * ip a dotted IPv4 address (as AMBIMyIPCheck accepts it; host names are resolved by the caller),
+ * port 1 to 65535. 0, or -1 when refused or the store failed (nothing written then). */
+typedef int SetManagerAddress_fn(const char* ip, uint32_t port);
 /* Mail addresses the remote report service reports to, into out (VNT_MAILTO_SIZE bytes);
  * nonzero on success. */
 typedef int GetVntTo_fn(char* out);

@@ -1,7 +1,8 @@
-// rptset.dll: the remote report service's destination. Its mail settings and manager address
-// live in ID_LIST\VantrelReport\Address, its schedule record in ID_LIST\VantrelReport like any
-// destination's (docs/registry.md, "Destinations (rptset.dll)"). Sending test reports belongs
-// to the delivery libraries, which this version does not have.
+// rptset.dll: the remote report service's destination. Its mail settings and the manager's
+// address and port (via-manager method) live in ID_LIST\VantrelReport\Address, its schedule
+// record in ID_LIST\VantrelReport like any destination's (docs/registry.md, "Destinations
+// (rptset.dll)"). Sending test reports belongs to the delivery libraries, which this version
+// does not have.
 #include <iconv.h>
 #include <strings.h>
 
@@ -17,6 +18,9 @@
 #include "dest_store.h"
 #include "regvalue.h"
 #include "rptset_api.h"
+
+// The address check of the base settings (basesetting.cpp), the same export the program binds.
+extern "C" ZOLWIN_API int AMBIMyIPCheck(const char* text);
 
 namespace {
 
@@ -34,6 +38,8 @@ constexpr MailText kMailTexts[] = {{"ETo", &VxMLDestData::MailTo},
                                    {"ESubject", &VxMLDestData::Subject}};
 constexpr const char* kOpeningValue = "EOpening";
 constexpr const char* kManagerIPValue = "ManagerIP";
+constexpr const char* kManagerPortValue = "ManagerPort";
+constexpr uint32_t kMaxPort = 65535;
 
 // The destination IDs of the remote report service begin with this (any case).
 constexpr const char* kVantrelPrefix = "VANTRELREPORT";
@@ -185,6 +191,64 @@ extern "C" ZOLWIN_API int GetManagerIP(char* out) {
     return 0;
 }
 static_assert(std::is_same_v<decltype(GetManagerIP), GetManagerIP_fn>);
+
+extern "C" ZOLWIN_API int GetManagerPort(uint32_t* port) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    if (port == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return -1.");
+        return -1;
+    }
+    uint32_t stored = DEST_DEFAULT_PORT;
+    rptset::Key address;
+    const LONG rc = address.OpenRead(HKEY_LOCAL_MACHINE, kAddressKey);
+    if (rc != ERROR_SUCCESS && rc != ERROR_FILE_NOT_FOUND) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<open %s failed (%d).return -1.", kAddressKey,
+                  static_cast<int>(rc));
+        return -1;
+    }
+    if (rc == ERROR_SUCCESS) {
+        const rptset::ValueRead read = rptset::ReadDword(address.get(), kManagerPortValue, &stored);
+        if (read == rptset::ValueRead::Failed) {
+            ZOL_TRACE(TRACE_LEVEL_ERROR, "<read of %s failed.return -1.", kManagerPortValue);
+            return -1;
+        }
+        // A value of another type is no port: the default stands, as for a missing one.
+        if (read != rptset::ValueRead::Ok)
+            stored = DEST_DEFAULT_PORT;
+    }
+    *port = stored;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<port %u.return 0.", stored);
+    return 0;
+}
+static_assert(std::is_same_v<decltype(GetManagerPort), GetManagerPort_fn>);
+
+extern "C" ZOLWIN_API int SetManagerAddress(const char* ip, uint32_t port) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> port=%u", port);
+    // Only an address is stored, never a host name: the service must not depend on a resolver
+    // when it reports trouble.
+    if (ip == nullptr || AMBIMyIPCheck(ip) != 1 || port == 0 || port > kMaxPort) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return -1.");
+        return -1;
+    }
+    rptset::Transaction transaction;
+    LONG rc = transaction.status();
+    rptset::Key address;
+    if (rc == ERROR_SUCCESS)
+        rc = address.Create(HKEY_LOCAL_MACHINE, kAddressKey);
+    if (rc == ERROR_SUCCESS)
+        rc = rptset::WriteText(address.get(), kManagerIPValue, ip);
+    if (rc == ERROR_SUCCESS)
+        rc = rptset::WriteDword(address.get(), kManagerPortValue, port);
+    if (rc == ERROR_SUCCESS)
+        rc = transaction.Commit();
+    if (rc != ERROR_SUCCESS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<write failed (%d).return -1.", static_cast<int>(rc));
+        return -1;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
+    return 0;
+}
+static_assert(std::is_same_v<decltype(SetManagerAddress), SetManagerAddress_fn>);
 
 extern "C" ZOLWIN_API int GetAMAMDeseSetting(VxMLDestData* mail, char** message) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
