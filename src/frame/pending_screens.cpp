@@ -19,7 +19,6 @@ void ScreenNotBuilt(const char* menuLabelId) {
 
 }  // namespace
 
-
 void VantrelReportSetting(HMODULE /*hLibRPTSET*/) {
     ScreenNotBuilt("MAIN_VANTREL_ID");
 }
