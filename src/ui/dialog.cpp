@@ -4,6 +4,9 @@
 
 #include <slang.h>
 
+#include <algorithm>
+#include <cstring>
+
 namespace zolui {
 
 Grid Dialog::buttonRow(std::initializer_list<ButtonSpec> buttons, int gap, int lead) {
@@ -17,9 +20,38 @@ Grid Dialog::buttonRow(std::initializer_list<ButtonSpec> buttons, int gap, int l
     return row;
 }
 
-void Dialog::open(const Grid& grid, std::string_view title) {
+newtComponent Dialog::numberEntry(std::string_view initial, int width, newtEntryFilter filter,
+                                  int flags, int id) {
+    newtComponent co = form_.add(entry(-1, -1, initial, width, flags | NEWT_FLAG_SCROLL), id);
+    const auto room = static_cast<std::size_t>(width > 1 ? width - 1 : 1);
+    form_.setFilter(co, [co, filter, room](int ch, int cursor) {
+        const int key = filter != nullptr ? filter(co, nullptr, ch, cursor) : ch;
+        // Keys above 255 move or erase; only a character makes the text longer.
+        if (key > 0 && key < 256) {
+            const char* text = newtEntryGetValue(co);
+            if (text != nullptr && std::strlen(text) >= room) {
+                return 0;
+            }
+        }
+        return key;
+    });
+    return co;
+}
+
+void Dialog::enableWhileChecked(newtComponent checkbox, char* mark,
+                                std::vector<newtComponent> fields, RangeKind kind) {
+    ranges_.push_back(std::make_unique<RangeEnable>(kind, mark, std::move(fields)));
+    const RangeEnable* range = ranges_.back().get();
+    form_.onActivate(checkbox, [range] { range->apply(); });
+    range->apply();
+}
+
+void Dialog::open(const Grid& grid, std::string_view title, Closing closing) {
     window_.openWrapped(grid, title);
-    form_.addHotKey(kCloseKey, kCancelId);
+    closing_ = closing;
+    if (closing_ == Closing::CancelOrCtrlO) {
+        form_.addHotKey(kCloseKey, kCancelId);
+    }
 }
 
 int Dialog::run(const Handlers& handlers) {
@@ -30,8 +62,11 @@ int Dialog::run(const Handlers& handlers) {
         // A terminal that is gone (read error) would otherwise spin here for ever.
         if (result.reason == RunResult::Reason::Error)
             return kCancelId;
+        const bool closesWithoutHandler = closing_ == Closing::CancelOrCtrlO;
         if (result.reason == RunResult::Reason::HotKey) {
-            if (result.key == kCloseKey)
+            const bool ignored = std::find(ignoredKeys_.begin(), ignoredKeys_.end(), result.key) !=
+                                 ignoredKeys_.end();
+            if (closesWithoutHandler && !ignored)
                 return kCancelId;
             continue;
         }
@@ -43,7 +78,7 @@ int Dialog::run(const Handlers& handlers) {
                 return result.id;
             continue;
         }
-        if (result.id == kCancelId || result.id == kOkId)
+        if (closesWithoutHandler && (result.id == kCancelId || result.id == kOkId))
             return result.id;
     }
 }
