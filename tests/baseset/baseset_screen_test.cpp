@@ -195,24 +195,25 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
 TEST(BaseMenu, ManagerPanelsSwitchTheirMethod) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
-    OpenReportRow(*t, root, 1, "BASE_SUBSIMPLE_TITLE_ID");
+    // Each panel names the method it switches.
+    OpenReportRow(*t, root, 1, "BASE_SUBSIMPLE_INBAND_TITLE_ID");
     EXPECT_TRUE(t->waitForText("[*] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Space);
     ASSERT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Tab);
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_TITLE_ID"))) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_INBAND_TITLE_ID"))) << t->dump();
     EXPECT_EQ(MethodDword(root, "MANAGER (TCP_IP IN-BAND)", "Enable"), 0u);
 
     t->send(keys::Home);
-    OpenReportRow(*t, root, 2, "BASE_SUBSIMPLE_TITLE_ID");
+    OpenReportRow(*t, root, 2, "BASE_SUBSIMPLE_OUTBAND_TITLE_ID");
     EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Space);
     t->send(keys::Tab);
     t->send(keys::Tab);
     ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_TITLE_ID"))) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_OUTBAND_TITLE_ID"))) << t->dump();
     EXPECT_EQ(MethodDword(root, "MANAGER (TCP_IP OUT-OF-BAND)", "Enable"), 0u);
     CloseAll(*t, root);
 }
