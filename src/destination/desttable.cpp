@@ -60,10 +60,9 @@ void FreeDestTable() {
     ClearListedIDs();
 }
 
-int InitAllDestSetting(HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    auto* pGetAllDestSetting =
-        BindFromHandle<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
+int InitAllDestSetting(HMODULE rptsetLib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", rptsetLib);
+    auto* pGetAllDestSetting = BindFromHandle<GetAllDestSetting_fn>(rptsetLib, "GetAllDestSetting");
     if (pGetAllDestSetting == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<Get GetAllDestSetting Address Failed,return -1.");
         return -1;
@@ -92,13 +91,13 @@ int InitAllDestSetting(HMODULE hLibRPTSET) {
     return count;
 }
 
-int InitialDS(HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (hLibRPTSET == nullptr) {
+int InitialDS(HMODULE rptsetLib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", rptsetLib);
+    if (rptsetLib == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<hLibRPTSET is NULL.return -1.");
         return -1;
     }
-    const int count = InitAllDestSetting(hLibRPTSET);
+    const int count = InitAllDestSetting(rptsetLib);
     if (count == -1) {
         ShowFuncCallErr("InitAllDestSetting");
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitAllDestSetting failed.return -1.");

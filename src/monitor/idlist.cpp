@@ -18,8 +18,8 @@ void FreeReportID() {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<");
 }
 
-int GetReportIDformReg(HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
+int GetReportIDformReg(HMODULE rptsetLib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", rptsetLib);
     // The main menu builds the list each time an event screen is chosen: start over.
     FreeReportID();
 
