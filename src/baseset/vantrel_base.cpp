@@ -135,6 +135,37 @@ zolui::Next SaveServiceSwitch(HMODULE lib, const VantrelBaseState& state) {
     return zolui::Next::Close;
 }
 
+// The switch, the methods (chosen only while it is on), Suppression, OK and Cancel.
+zolui::Grid BuildServiceBase(zolui::Dialog& dialog, char& enableValue, int storedMethod,
+                             zolui::RadioGroup& methods) {
+    newtComponent enable = dialog.add(zolui::checkbox(-1, -1, MessageText("VNT_SUB_ENABLE_ID"),
+                                                      enableValue, nullptr, &enableValue));
+    newtComponent chooseLabel = dialog.add(zolui::label(-1, -1, MessageText("VNT_BASE_CHOUSE_ID")));
+    zolui::Grid methodColumn(1, static_cast<int>(kMethods.size()));
+    for (const DeliveryMethod& method : kMethods) {
+        newtComponent radio =
+            dialog.add(methods.add(MessageText(method.labelId), method.value == storedMethod));
+        methodColumn.set(0, method.value, radio, {.left = 3}, NEWT_ANCHOR_LEFT);
+    }
+    dialog.enableWhileChecked(enable, &enableValue, methods.buttons(),
+                              zolui::RangeKind::Checkboxes);
+    zolui::Grid buttons(2, 1);
+    buttons.set(
+        0, 0,
+        dialog.add(zolui::button(-1, -1, MessageText("VNT_BASE_BUTTON_SUPPRESS_ID")), kSuppressId),
+        {.right = 3});
+    buttons.set(1, 0,
+                dialog.buttonRow({{MessageText("BUTTON_OK_ID"), zolui::kOkId},
+                                  {MessageText("BUTTON_CANCEL_ID"), zolui::kCancelId}},
+                                 1));
+    zolui::Grid grid(1, 4);
+    grid.set(0, 0, enable, {}, NEWT_ANCHOR_LEFT);
+    grid.set(0, 1, chooseLabel, {.top = 1}, NEWT_ANCHOR_LEFT);
+    grid.set(0, 2, std::move(methodColumn), {}, NEWT_ANCHOR_LEFT);
+    grid.set(0, 3, std::move(buttons), {.top = 1});
+    return grid;
+}
+
 // ---- Internet-mail base screen ----
 
 enum MailControlId : int { kLoginId = 1 };
@@ -275,36 +306,12 @@ int VantrelBaseSetting(HMODULE lib) {
         return -1;
     }
 
-    // Build: the switch, the methods (chosen only while it is on), Suppression, OK, Cancel.
+    // Build.
     char enableValue = enabled ? '*' : ' ';
     zolui::Dialog dialog;
-    newtComponent enable = dialog.add(zolui::checkbox(-1, -1, MessageText("VNT_SUB_ENABLE_ID"),
-                                                      enableValue, nullptr, &enableValue));
-    newtComponent chooseLabel = dialog.add(zolui::label(-1, -1, MessageText("VNT_BASE_CHOUSE_ID")));
     zolui::RadioGroup methods;
-    zolui::Grid methodColumn(1, static_cast<int>(kMethods.size()));
-    for (const DeliveryMethod& method : kMethods) {
-        newtComponent radio =
-            dialog.add(methods.add(MessageText(method.labelId), method.value == storedMethod));
-        methodColumn.set(0, method.value, radio, {.left = 3}, NEWT_ANCHOR_LEFT);
-    }
-    dialog.enableWhileChecked(enable, &enableValue, methods.buttons(),
-                              zolui::RangeKind::Checkboxes);
-    zolui::Grid buttons(3, 1);
-    buttons.set(
-        0, 0,
-        dialog.add(zolui::button(-1, -1, MessageText("VNT_BASE_BUTTON_SUPPRESS_ID")), kSuppressId),
-        {.right = 3});
-    buttons.set(1, 0,
-                dialog.buttonRow({{MessageText("BUTTON_OK_ID"), zolui::kOkId},
-                                  {MessageText("BUTTON_CANCEL_ID"), zolui::kCancelId}},
-                                 1));
-    zolui::Grid grid(1, 4);
-    grid.set(0, 0, enable, {}, NEWT_ANCHOR_LEFT);
-    grid.set(0, 1, chooseLabel, {.top = 1}, NEWT_ANCHOR_LEFT);
-    grid.set(0, 2, std::move(methodColumn), {}, NEWT_ANCHOR_LEFT);
-    grid.set(0, 3, std::move(buttons), {.top = 1});
-    dialog.open(grid, MessageText("BASE_REPORT_VANTREL_ID"));
+    dialog.open(BuildServiceBase(dialog, enableValue, storedMethod, methods),
+                MessageText("BASE_REPORT_VANTREL_ID"));
 
     // Handlers and save. The suppression dialog's own failures show nothing: its rules say so.
     dialog.run({

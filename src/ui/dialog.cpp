@@ -54,31 +54,36 @@ void Dialog::open(const Grid& grid, std::string_view title, Closing closing) {
     }
 }
 
+bool Dialog::closesOnHotKey(int key) const {
+    return closing_ == Closing::CancelOrCtrlO &&
+           std::find(ignoredKeys_.begin(), ignoredKeys_.end(), key) == ignoredKeys_.end();
+}
+
 int Dialog::run(const Handlers& handlers) {
     for (;;) {
         if (beforeRun_)
             beforeRun_();
         const RunResult result = form_.run();
-        // A terminal that is gone (read error) would otherwise spin here for ever.
-        if (result.reason == RunResult::Reason::Error)
-            return kCancelId;
-        const bool closesWithoutHandler = closing_ == Closing::CancelOrCtrlO;
-        if (result.reason == RunResult::Reason::HotKey) {
-            const bool ignored = std::find(ignoredKeys_.begin(), ignoredKeys_.end(), result.key) !=
-                                 ignoredKeys_.end();
-            if (closesWithoutHandler && !ignored)
+        switch (result.reason) {
+            case RunResult::Reason::Error:
+                // A terminal that is gone (read error) would otherwise spin here for ever.
                 return kCancelId;
-            continue;
+            case RunResult::Reason::HotKey:
+                if (closesOnHotKey(result.key))
+                    return kCancelId;
+                continue;
+            case RunResult::Reason::Component:
+                break;
+            default:
+                continue;
         }
-        if (result.reason != RunResult::Reason::Component)
-            continue;
         const auto handler = handlers.find(result.id);
         if (handler != handlers.end()) {
             if (handler->second() == Next::Close)
                 return result.id;
             continue;
         }
-        if (closesWithoutHandler && (result.id == kCancelId || result.id == kOkId))
+        if (closing_ == Closing::CancelOrCtrlO && (result.id == kCancelId || result.id == kOkId))
             return result.id;
     }
 }

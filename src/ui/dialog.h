@@ -95,6 +95,8 @@ class Dialog {
     int run(const Handlers& handlers = {});
 
   private:
+    bool closesOnHotKey(int key) const;
+
     // Declared first, destroyed last: the form dies before its window is popped, and the
     // range-enable records let go of the components before the form frees them.
     Window window_;
