@@ -200,8 +200,8 @@ zolui::Grid BuildTrapPanel(zolui::Dialog& dialog, char& enableMark, const TrapPa
 }
 
 // The address entry's verdict: null when it may be added, else the message to show.
-const char* AddressRefusal(HMODULE lib, const std::string& text) {
-    if (IPAddressCheck(lib, text.c_str()) != 1)
+const char* AddressRefusal(const std::string& text, int validIP) {
+    if (validIP != 1)
         return "IDS_ERR_INVALID_IPADDRESS2";
     if (IsUnusableTrapAddress(text))
         return "SNMP_TRAP_ADDRESS_ERR_ID";
@@ -227,12 +227,14 @@ int EnterIPpanel(HMODULE lib, char* address) {
     dialog.open(grid, title);
 
     auto ok = [&] {
-        if (BindFromHandle<AMBIMyIPCheck_fn>(lib, rptset::kAMBIMyIPCheck.name) == nullptr) {
+        const std::string text = zolui::entryText(entry);
+        const int validIP = IPAddressCheck(lib, text.c_str());
+        if (validIP == -1) {
+            // Without the library's check no address is taken; the dialog closes empty.
             ZOL_TRACE(TRACE_LEVEL_ERROR, "GetProcAddress(AMBIMyIPCheck) Failed");
             return zolui::Next::Close;
         }
-        const std::string text = zolui::entryText(entry);
-        if (const char* refusal = AddressRefusal(lib, text)) {
+        if (const char* refusal = AddressRefusal(text, validIP)) {
             const std::string message = MessageText(refusal);
             msgWindow(title.c_str(), " ok ", message.c_str());
             ZOL_TRACE(TRACE_LEVEL_ERROR, "%s", message.c_str());
