@@ -3,10 +3,12 @@
 #include <newt.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "baseset/baseset.h"
 #include "baseset/baseset_private.h"

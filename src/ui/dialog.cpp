@@ -4,8 +4,8 @@
 
 #include <slang.h>
 
-#include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace zolui {
 
@@ -55,36 +55,36 @@ void Dialog::open(const Grid& grid, std::string_view title, Closing closing) {
 }
 
 bool Dialog::closesOnHotKey(int key) const {
-    return closing_ == Closing::CancelOrCtrlO &&
-           std::find(ignoredKeys_.begin(), ignoredKeys_.end(), key) == ignoredKeys_.end();
+    // Ctrl-O as the help line promises, and newt's own F12, which every form takes unless told
+    // not to.
+    return closing_ == Closing::CancelOrCtrlO && (key == kCloseKey || key == NEWT_KEY_F12);
+}
+
+std::optional<int> Dialog::dispatch(const RunResult& result, const Handlers& handlers) const {
+    switch (result.reason) {
+        case RunResult::Reason::Error:
+            return kCancelId;  // a terminal that is gone would otherwise spin here for ever
+        case RunResult::Reason::Component:
+        case RunResult::Reason::HotKey:
+            break;
+        default:
+            return std::nullopt;
+    }
+    if (result.reason == RunResult::Reason::HotKey)
+        return closesOnHotKey(result.key) ? std::optional<int>(kCancelId) : std::nullopt;
+    if (const auto handler = handlers.find(result.id); handler != handlers.end())
+        return handler->second() == Next::Close ? std::optional<int>(result.id) : std::nullopt;
+    const bool closes =
+        closing_ == Closing::CancelOrCtrlO && (result.id == kCancelId || result.id == kOkId);
+    return closes ? std::optional<int>(result.id) : std::nullopt;
 }
 
 int Dialog::run(const Handlers& handlers) {
     for (;;) {
         if (beforeRun_)
             beforeRun_();
-        const RunResult result = form_.run();
-        switch (result.reason) {
-            case RunResult::Reason::Error:
-                // A terminal that is gone (read error) would otherwise spin here for ever.
-                return kCancelId;
-            case RunResult::Reason::HotKey:
-                if (closesOnHotKey(result.key))
-                    return kCancelId;
-                continue;
-            case RunResult::Reason::Component:
-                break;
-            default:
-                continue;
-        }
-        const auto handler = handlers.find(result.id);
-        if (handler != handlers.end()) {
-            if (handler->second() == Next::Close)
-                return result.id;
-            continue;
-        }
-        if (closing_ == Closing::CancelOrCtrlO && (result.id == kCancelId || result.id == kOkId))
-            return result.id;
+        if (const std::optional<int> closedBy = dispatch(form_.run(), handlers))
+            return *closedBy;
     }
 }
 

@@ -10,6 +10,7 @@
 #include <initializer_list>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -76,10 +77,7 @@ class Dialog {
     // standard hot key Ctrl-O.
     void open(const Grid& grid, std::string_view title, Closing closing = Closing::CancelOrCtrlO);
     // A key the form catches so that it does nothing (the run goes on).
-    void ignoreKey(int key) {
-        form_.addHotKey(key);
-        ignoredKeys_.push_back(key);
-    }
+    void ignoreKey(int key) { form_.addHotKey(key); }
 
     // Runs before every run of the form: a screen that hands the terminal to sub-screens
     // repaints it here.
@@ -88,14 +86,16 @@ class Dialog {
     void redrawBeforeEachRun() { beforeRun_ = redrawAll; }
 
     // Runs the form until a handler answers Close, or until the form is left by kCancelId,
-    // a hot key (Ctrl-O, or newt's own F12) or a lost terminal. A component without a handler
-    // runs the form again; OK without a handler closes. With Closing::HandlersOnly only a handler
-    // (or a lost terminal) closes. Returns the id that closed the dialog (kCancelId for a hot
-    // key or a lost terminal).
+    // Ctrl-O, newt's own F12 or a lost terminal. A component goes to the handler of its id;
+    // without one it runs the form again, but OK and Cancel close. Other hot keys run the form
+    // again. With Closing::HandlersOnly only a handler (or a lost terminal) closes. Returns the id
+    // that closed the dialog (kCancelId for Ctrl-O, F12 or a lost terminal).
     int run(const Handlers& handlers = {});
 
   private:
     bool closesOnHotKey(int key) const;
+    // What one run of the form means: the id that closes the dialog, or nothing to run again.
+    std::optional<int> dispatch(const RunResult& result, const Handlers& handlers) const;
 
     // Declared first, destroyed last: the form dies before its window is popped, and the
     // range-enable records let go of the components before the form frees them.
@@ -104,7 +104,6 @@ class Dialog {
     std::vector<std::unique_ptr<RangeEnable>> ranges_;
     std::function<void()> beforeRun_;
     Closing closing_ = Closing::CancelOrCtrlO;
-    std::vector<int> ignoredKeys_;
 };
 
 }  // namespace zolui
