@@ -302,10 +302,9 @@ TEST(BaseMenu, ShutdownDelay) {
 
 // Adding (letters refused, a bad address and a duplicate warned of), OK storing the list and the
 // switch; a removal stored at once while Cancel drops the additions of the same visit.
-// Presses the focused button of the trap panel. The panel suspends and resumes newt before
-// every run of its form, and a key that arrives in that moment meets the terminal in its cooked
-// mode, which turns Enter (CR) into LF, a key newt ignores. Space presses a newt button too and
-// no terminal mode changes it.
+// Presses the focused button of the trap panel with Space, which presses a newt button as Enter
+// does. (The panel once handed the terminal back before every run of its form, when Enter could
+// meet the terminal in its cooked mode; it now only redraws.)
 static void PressInTrapPanel(zoltest::Terminal& t) {
     t.send(keys::Space);
 }
@@ -314,8 +313,7 @@ TEST(BaseMenu, SnmpTrapList) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
     const std::string addTitle = "┤ " + english(root, "SUBBASE_ADD_TITLE") + " ├";
-    // Focus is on Add: the form keeps it there after each dialog. The panel hands the terminal
-    // back for a moment before every run of its form (see PressInTrapPanel).
+    // Focus is on Add: the form keeps it there after each dialog.
     const auto pressAdd = [&] {
         ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
         PressInTrapPanel(*t);

@@ -269,9 +269,9 @@ TEST(MailLoginDialog, RefusesInOrderAndStoresPasswordsEncoded) {
         << t->dump();
 
     // Focus order: server, account, password, port, its Default, wait, its Default, SMTP account,
-    // SMTP password, OK, Cancel. Every round of the dialog hands the terminal back for a moment:
-    // keys typed then would meet a cooked terminal. So after a refusal one Tab is sent and seen
-    // to reach Cancel before the next keys; the server is then one Tab further.
+    // SMTP password, OK, Cancel. After a refusal one Tab is sent and seen to reach Cancel before
+    // the next keys, so that they go to a dialog that is running again; the server is then one
+    // Tab further.
     auto refused = [&](const char* id) {
         ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << id << "\n" << t->dump();
         t->send(keys::Enter);
