@@ -4,7 +4,7 @@
 set(CMAKE_INSTALL_MESSAGE LAZY)
 set(ZOL_STAGE_DIR ${CMAKE_BINARY_DIR}/stage CACHE INTERNAL "Product root staged inside the build tree")
 
-add_compile_options(-Wall -Wextra -Werror -Wno-error=deprecated-declarations)
+add_compile_options(-Wall -Wextra -Wshadow -Werror -Wno-error=deprecated-declarations)
 # The service libraries must really unload with FreeLibrary. GCC gives inline variables and the
 # static locals of library templates "unique" binding, which pins a shared object in memory for
 # the rest of the process; ordinary weak symbols do not.

@@ -1,26 +1,44 @@
-// Base report settings: the base-setting menu's state, the wrappers through which the base
-// settings and the remote report method are read and written in the report-settings library,
-// and the screens of the menu that other screens enter.
+// Base report settings: the screens of the base-setting menu that other screens enter, and what
+// their OK does, in plain functions over plain state that the unit tests drive without a screen.
 #pragma once
 
 #include <zolwin.h>
 
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "frame/rptset_calls.h"
 #include "records.h"
 
+// ---- Screens of the base-setting menu: 0 after the screen closed, -1 when it could not open ----
+int SubSNMPPanel(HMODULE lib);
+int SubSimplePanel(const char* method, HMODULE lib);
+int SubShutdownPanel(HMODULE lib);
+// The remote report service's base setting (delivery method).
+int VantrelBaseSetting(HMODULE lib);
+
 // ---- SNMP trap destinations ----
 // The address dialog: a checked address into address (TRAP_DEST_SIZE bytes), left empty when
 // the user cancels. Always 1.
-int EnterIPpanel(HMODULE hLibRPTSET, char* address);
+int EnterIPpanel(HMODULE lib, char* address);
 
-// ---- Screens of the base-setting menu: 0 after the screen closed, -1 when it could not open ----
-int SubSNMPPanel(HMODULE hLibRPTSET);
-int SubSimplePanel(const char* method, HMODULE hLibRPTSET);
-int SubShutdownPanel(HMODULE hLibRPTSET);
-// The remote report service's base setting (delivery method).
-int VantrelBaseSetting(HINSTANCE hLibRPTSET);
+// What the trap panel holds: the switch, the list as shown, and the addresses this visit added,
+// which reach the store only with OK (removals are stored at once).
+struct TrapPanelState {
+    bool enabled = false;
+    std::vector<std::string> shown;
+    std::vector<std::string> added;
+};
+// "this host" and the limited broadcast: valid IPv4 texts that no manager can have.
+bool IsUnusableTrapAddress(std::string_view address);
+// Add: the message ID of the refusal ("SNMP_TRAP_LIST_FULL_ID" for a full list,
+// "IDS_ERROR_MSG_EXIST" for an address already shown, compared exactly), or null after the
+// address was appended to the list and to the additions.
+const char* AddTrapAddress(TrapPanelState& state, const std::string& address);
+// After the library removed an address: the first one equal to it leaves the list and, when this
+// visit added it, the additions.
+void ForgetTrapAddress(TrapPanelState& state, const std::string& address);
 
 // ---- Shutdown delay ----
 // Longest shutdown delay, in seconds.
@@ -29,7 +47,7 @@ inline constexpr unsigned int kMaxShutdownDelay = 1800;
 int TestInputValue(unsigned int data);
 // Writes the record with PutBaseSetting, showing the error box when that fails. Always 1: the
 // panel closes even after a failed write.
-int PutDelayValue(BaseData* record, HMODULE hLibRPTSET);
+int PutDelayValue(BaseData* record, HMODULE lib);
 
 // What the shutdown-delay panel holds when OK is pressed.
 struct ShutdownPanelState {

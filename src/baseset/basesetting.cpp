@@ -2,43 +2,20 @@
 #include <newt.h>
 #include <slang.h>
 
-#include <array>
-#include <cstdlib>
-#include <cstring>
+#include <iterator>
 #include <string>
-#include <string_view>
+#include <vector>
 
 #include "baseset/baseset.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
 #include "frame/screens.h"
+#include "ui/dialog.h"
 #include "ui/toolkit.h"
 
 // ---- The base-setting menu ----
 
 namespace {
-
-// Rows of the report list; a row's listbox key is its index. The remote report row is offered
-// only in internet-mail mode.
-enum ReportRow : int { kSnmpRow = 0, kInbandRow, kOutbandRow, kVantrelRow };
-constexpr std::array<const char*, 4> kReportLabelIds = {
-    "BASE_REPORT_SNMP_ID", "BASE_REPORT_INBAND_ID", "BASE_REPORT_OUTBAND_ID",
-    "BASE_REPORT_VANTREL_ID"};
-// The one row of the "other" list.
-constexpr int kShutdownRow = 0;
-
-// Rows are 40 columns: the label padded to 41 and cut to 40, as in the main menu.
-constexpr std::size_t kRowWidth = 40;
-
-enum MenuId : int { kReportListId = 1, kOtherListId, kCloseId };
-
-std::string RowText(std::string_view label) {
-    std::string row(label);
-    if (row.size() < kRowWidth + 1)
-        row.resize(kRowWidth + 1, ' ');
-    row.resize(kRowWidth);
-    return row;
-}
 
 // The remote report base screen is drawn with newt's textbox colours set to black on light gray;
 // the product's own textbox colours come back however that screen ends.
@@ -56,47 +33,77 @@ class VantrelTextboxColours {
     VantrelTextboxColours& operator=(const VantrelTextboxColours&) = delete;
 };
 
-void EnterReportRow(HMODULE hLibRPTSET, int row) {
-    int result = 0;
-    const char* screen = nullptr;
-    switch (row) {
-        case kSnmpRow:
-            screen = "SubSNMPPanel";
-            result = SubSNMPPanel(hLibRPTSET);
-            break;
-        case kInbandRow:
-            screen = "SubSimplePanel";
-            result = SubSimplePanel(BASE_METHOD_INBAND, hLibRPTSET);
-            break;
-        case kOutbandRow:
-            screen = "SubSimplePanel";
-            result = SubSimplePanel(BASE_METHOD_OUTBAND, hLibRPTSET);
-            break;
-        case kVantrelRow: {
-            screen = "VantrelBaseSetting";
-            const VantrelTextboxColours colours;
-            result = VantrelBaseSetting(hLibRPTSET);
-            break;
-        }
-        default: {
+// The menu's two lists: the report methods, and the other settings.
+enum class MenuList { Report, Other };
+
+// One row of the menu: its list, label, when it shows, the screen it opens and the name the
+// error box gives that screen when it cannot open (-1). A row's listbox key is its index here.
+struct BaseMenuRow {
+    MenuList list;
+    const char* labelId;
+    bool (*shown)(bool internetMail);
+    const char* screen;
+    int (*open)(HMODULE lib);
+};
+
+bool Always(bool) {
+    return true;
+}
+bool InInternetMailMode(bool internetMail) {
+    return internetMail;
+}
+
+constexpr BaseMenuRow kBaseMenuRows[] = {
+    {MenuList::Report, "BASE_REPORT_SNMP_ID", Always, "SubSNMPPanel", SubSNMPPanel},
+    {MenuList::Report, "BASE_REPORT_INBAND_ID", Always, "SubSimplePanel",
+     [](HMODULE lib) { return SubSimplePanel(BASE_METHOD_INBAND, lib); }},
+    {MenuList::Report, "BASE_REPORT_OUTBAND_ID", Always, "SubSimplePanel",
+     [](HMODULE lib) { return SubSimplePanel(BASE_METHOD_OUTBAND, lib); }},
+    {MenuList::Report, "BASE_REPORT_VANTREL_ID", InInternetMailMode, "VantrelBaseSetting",
+     [](HMODULE lib) {
+         const VantrelTextboxColours colours;
+         return VantrelBaseSetting(lib);
+     }},
+    {MenuList::Other, "BASE_OTHER_SHUTDOWN_ID", Always, "SubShutdownPanel", SubShutdownPanel},
+};
+constexpr int kRowCount = static_cast<int>(std::size(kBaseMenuRows));
+
+enum MenuId : int { kReportListId = 1, kOtherListId };
+
+// Opens the screen of the chosen row of a list; a failed screen leaves the menu open after its
+// error box.
+void EnterRow(HMODULE lib, MenuList list, int row) {
+    if (row < 0 || row >= kRowCount || kBaseMenuRows[row].list != list) {
+        // No such row exists; the boxes stay for the rows a later release may add.
+        if (list == MenuList::Other) {
+            msgWindow("Warning", "Return", "Not implemented yet!");
+        } else {
             const std::string title = MessageText("TITTLE_WARNING_ID");
             msgWindow(title.c_str(), " ok ",
                       CPGetText("WARN_INVALID_ID", ReadString, ZOL_RcFileBuf));
-            return;
         }
-    }
-    if (result == -1)
-        ShowFuncCallErr(screen);
-}
-
-void EnterOtherRow(HMODULE hLibRPTSET, int row) {
-    if (row == kShutdownRow) {
-        if (SubShutdownPanel(hLibRPTSET) == -1)
-            ShowFuncCallErr("SubShutdownPanel");
         return;
     }
-    // No other row exists; the box stays for the rows a later release may add.
-    msgWindow("Warning", "Return", "Not implemented yet!");
+    const BaseMenuRow& entry = kBaseMenuRows[row];
+    if (entry.open(lib) == -1)
+        ShowFuncCallErr(entry.screen);
+}
+
+// One list of the menu with the rows that show in it, its first row current.
+newtComponent AddList(zolui::Dialog& dialog, MenuList list, bool internetMail, int id) {
+    std::vector<int> rows;
+    for (int i = 0; i < kRowCount; ++i) {
+        if (kBaseMenuRows[i].list == list && kBaseMenuRows[i].shown(internetMail))
+            rows.push_back(i);
+    }
+    newtComponent listbox =
+        dialog.add(zolui::listbox(static_cast<int>(rows.size()), NEWT_FLAG_RETURNEXIT), id);
+    for (int row : rows)
+        zolui::listboxAppendIndex(listbox,
+                                  zolui::menuRowText(MessageText(kBaseMenuRows[row].labelId)), row);
+    if (!rows.empty())
+        zolui::listboxSetCurrentIndex(listbox, rows.front());
+    return listbox;
 }
 
 // Frees the base records on every way out of the menu.
@@ -106,36 +113,24 @@ struct BaseRecordsGuard {
 
 }  // namespace
 
-void BaseSetting(HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    const bool internetMail = CheckIMMode(hLibRPTSET);
-    std::array<std::string, kReportLabelIds.size()> reportLabels;
-    for (std::size_t i = 0; i < reportLabels.size(); ++i)
-        reportLabels[i] = MessageText(kReportLabelIds[i]);
-    const std::string shutdownLabel = MessageText("BASE_OTHER_SHUTDOWN_ID");
-
+void BaseSetting(HMODULE lib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    const bool internetMail = CheckIMMode(lib);
     const BaseRecordsGuard records;
-    if (!InitAllBaseSetting(hLibRPTSET)) {
+    if (!InitAllBaseSetting(lib)) {
         ShowFuncCallErr("InitAllBaseSetting");
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<InitAllBaseSetting() failed.");
         return;
     }
 
-    const int reportRows = internetMail ? 4 : 3;
-    zolui::Window window;
-    zolui::Form form;
-    newtComponent reportLabel = form.add(zolui::label(-1, -1, MessageText("BASE_REPORT_ID")));
-    newtComponent reportList =
-        form.add(newtListbox(-1, -1, reportRows, NEWT_FLAG_RETURNEXIT), kReportListId);
-    for (int i = 0; i < reportRows; ++i)
-        zolui::listboxAppendIndex(reportList, RowText(reportLabels[i]), i);
-    newtListboxSetCurrent(reportList, 0);
-    newtComponent otherList = form.add(newtListbox(-1, -1, 1, NEWT_FLAG_RETURNEXIT), kOtherListId);
-    zolui::listboxAppendIndex(otherList, RowText(shutdownLabel), kShutdownRow);
-    newtListboxSetCurrent(otherList, 0);
-    newtComponent otherLabel = form.add(zolui::label(-1, -1, MessageText("BASE_OTHER_ID")));
-    newtComponent close = form.add(zolui::button(-1, -1, MessageText("BUTTON_CLOSE_ID")), kCloseId);
-
+    // Build: the report label and list, the other label and list, Close.
+    zolui::Dialog dialog;
+    newtComponent reportLabel = dialog.add(zolui::label(-1, -1, MessageText("BASE_REPORT_ID")));
+    newtComponent reportList = AddList(dialog, MenuList::Report, internetMail, kReportListId);
+    newtComponent otherList = AddList(dialog, MenuList::Other, internetMail, kOtherListId);
+    newtComponent otherLabel = dialog.add(zolui::label(-1, -1, MessageText("BASE_OTHER_ID")));
+    newtComponent close =
+        dialog.add(zolui::button(-1, -1, MessageText("BUTTON_CLOSE_ID")), zolui::kCancelId);
     zolui::Grid lists(1, 4);
     lists.set(0, 0, reportLabel, {}, NEWT_ANCHOR_LEFT);
     lists.set(0, 1, reportList, {.top = 1}, NEWT_ANCHOR_LEFT);
@@ -144,19 +139,16 @@ void BaseSetting(HMODULE hLibRPTSET) {
     zolui::Grid grid(1, 2);
     grid.set(0, 0, std::move(lists), {}, NEWT_ANCHOR_TOP);
     grid.set(0, 1, close, {.top = 2}, NEWT_ANCHOR_TOP);
-    window.openWrapped(grid, MessageText("TITTLE_BASE_ID"));
-    form.addHotKey(15);
+    dialog.open(grid, MessageText("TITTLE_BASE_ID"));
 
-    for (;;) {
-        const zolui::RunResult result = form.run();
-        if (result.isComponent(kReportListId)) {
-            EnterReportRow(hLibRPTSET, zolui::listboxCurrentIndex(reportList));
-        } else if (result.isComponent(kOtherListId)) {
-            EnterOtherRow(hLibRPTSET, zolui::listboxCurrentIndex(otherList));
-        } else {
-            // The Close button, a hot key or anything else ends the menu.
-            break;
-        }
-    }
+    // Handlers: a chosen row opens its screen; Close, Ctrl-O or F12 end the menu.
+    auto enter = [lib](MenuList list, newtComponent listbox) {
+        return [lib, list, listbox] {
+            EnterRow(lib, list, zolui::listboxCurrentIndex(listbox));
+            return zolui::Next::Stay;
+        };
+    };
+    dialog.run({{kReportListId, enter(MenuList::Report, reportList)},
+                {kOtherListId, enter(MenuList::Other, otherList)}});
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<");
 }

@@ -80,7 +80,7 @@ std::optional<Refusal> CheckSmtpInput(const SmtpInput& in, SMTPParam* record) {
 }
 
 std::optional<Refusal> CheckMailBaseInput(const MailBaseInput& in, const ServerCheck& checkServer,
-                                          const SenderCheck& checkSender, AMBIBaseData* record) {
+                                          AMBIBaseData* record) {
     if (auto r = checkText(in.server, "IMAIL_BASE_SMTP_ERR1", "IMAIL_BASE_SMTP_ERR2", Box::Warning))
         return r;
     if (checkServer(in.server) != 0)
@@ -88,8 +88,8 @@ std::optional<Refusal> CheckMailBaseInput(const MailBaseInput& in, const ServerC
     const auto port = checks::ParseDecimal(in.port);
     if (!isPort(port))
         return Refusal{"IMAIL_BASE_PORT_ERR1", Box::Warning};
-    if (!checkSender(in.sender))
-        return Refusal{nullptr, Box::AlreadyShown};
+    if (const char* fault = SingleMailAddrFault(in.sender.c_str()))
+        return Refusal{fault, Box::MailAddress};
     // The address check allows blanks around the address; they are not part of it.
     const std::string_view sender = checks::TrimBlanks(in.sender);
     if (sender.size() >= REG_TEXT_SIZE)

@@ -20,18 +20,16 @@ enum class Box {
     Warning,       // msgWindow, title "WARNING", button " ok "
     WarningWide,   // msgWindowEx, title "WARNING", button "ok"
     WarningShort,  // msgWindow, title "WARNING", button "ok"
-    AlreadyShown,  // the check showed its own box (the sender address check)
+    MailAddress,   // msgWindow, title "IMAIL_DEST_TITLE_ID", button " ok ": the mail checks' box
 };
 
 struct Refusal {
-    const char* messageId;  // null with Box::AlreadyShown
+    const char* messageId;
     Box box;
 };
 
 // Answers CheckPortAndIP's result for a server name or address (0 = usable).
 using ServerCheck = std::function<int(const std::string& server)>;
-// Answers whether a sender address is acceptable; it shows its own message when it is not.
-using SenderCheck = std::function<bool(const std::string& sender)>;
 
 // POP before SMTP half of the login dialog, as typed.
 struct PopInput {
@@ -57,10 +55,12 @@ struct MailBaseInput {
     std::string server, port, sender;
 };
 
-// Server (empty, too long, then checkServer), port, then sender (checkSender): the first
-// refusal, or nothing with the server, port and sender (without its surrounding blanks) written
-// into *record; its other fields are left alone. Refusals are shown as Box::Warning.
+// Server (empty, too long, then checkServer), port, then sender (the single mail-address check
+// of frame/checks.h): the first refusal, or nothing with the server, port and sender (without its
+// surrounding blanks) written into *record; its other fields are left alone. The sender's
+// refusals are shown as the mail checks show theirs (Box::MailAddress), the others as
+// Box::Warning.
 std::optional<Refusal> CheckMailBaseInput(const MailBaseInput& in, const ServerCheck& checkServer,
-                                          const SenderCheck& checkSender, AMBIBaseData* record);
+                                          AMBIBaseData* record);
 
 }  // namespace mailinput

@@ -1,117 +1,59 @@
-// The POP before SMTP / SMTP authentication dialog and the accessors of its stored values.
-// Passwords are plain only in memory: they are encoded with Ras_Encode on their way into the
-// store, decoded after reading, shown only as a password entry and never traced.
+// The POP before SMTP / SMTP authentication dialog. Passwords are plain only in memory: the
+// library encodes them on their way into the store, the call layer decodes them after reading;
+// the dialog shows them only as password entries and never traces them.
 #include "baseset/popsmtp.h"
 
 #include <newt.h>
 #include <string.h>  // explicit_bzero: a wipe the compiler keeps
 
-#include <array>
-#include <cstdio>
-#include <cstring>
+#include <cstdint>
 #include <string>
+#include <utility>
 
-#include "baseset/mailserver_input.h"
-#include "frame/check_boxes.h"
 #include "frame/checks.h"
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
-#include "rptset_api.h"
+#include "frame/rptset_calls.h"
+#include "ui/dialog.h"
 #include "ui/toolkit.h"
+
+// ---- What OK does ----
+
+LoginSave SaveLogin(const LoginState& state, const mailinput::ServerCheck& checkServer,
+                    const LoginWriters& write) {
+    LoginSave result;
+    if (state.pop) {
+        POPParam record{};
+        std::uint32_t wait = 0;
+        result.refusal = mailinput::CheckPopInput(state.popInput, checkServer, &record, &wait);
+        if (result.refusal)
+            return result;
+        if (write.pop(record, wait) == -1)
+            result.failedWrites.push_back("PutPopParam");
+        explicit_bzero(&record, sizeof record);
+    }
+    if (!state.smtp)
+        return result;
+    SMTPParam record{};
+    result.refusal = mailinput::CheckSmtpInput(state.smtpInput, &record);
+    if (!result.refusal && write.smtp(record) == -1)
+        result.failedWrites.push_back("PutSMTPParam");
+    explicit_bzero(&record, sizeof record);
+    return result;
+}
 
 namespace {
 
-// ---- Stored values ----
-
-// Reads one REG_SZ value into a field; an unreadable value leaves the field empty.
-void readText(AMAMRegReadEx_fn* read, const char* value, char (&field)[REG_TEXT_SIZE]) {
-    std::memset(field, 0, sizeof field);
-    if (read(HKEY_LOCAL_MACHINE, kMailLoginKey, value, REG_SZ, field, sizeof field) == 0)
-        std::memset(field, 0, sizeof field);
-    field[REG_TEXT_SIZE - 1] = '\0';
-}
-
-void readPassword(AMAMRegReadEx_fn* read, const char* value, char (&field)[REG_TEXT_SIZE]) {
-    readText(read, value, field);
-    Ras_Decode(field, static_cast<int>(std::strlen(field)));
-}
-
-DWORD readDword(AMAMRegReadEx_fn* read, const char* value, DWORD whenMissing) {
-    DWORD data = 0;
-    if (read(HKEY_LOCAL_MACHINE, kMailLoginKey, value, REG_DWORD, &data, sizeof data) == 0)
-        return whenMissing;
-    return data;
-}
-
-// Writes the values of one record in one transaction. Every write is attempted (each failure is
-// traced), and finish() commits only when all of them succeeded: a record is never stored half.
-class RecordWriter {
-  public:
-    explicit RecordWriter(AMAMRegWrite_fn* write) : write_(write) {
-        if (ZolRegBeginTransaction() != ERROR_SUCCESS)
-            ok_ = false;
-        else
-            open_ = true;
-    }
-    ~RecordWriter() {
-        if (open_)
-            ZolRegRollbackTransaction();
-    }
-    RecordWriter(const RecordWriter&) = delete;
-    RecordWriter& operator=(const RecordWriter&) = delete;
-
-    void text(const char* value, const char* data) {
-        check(value, write_(HKEY_LOCAL_MACHINE, kMailLoginKey, value, REG_SZ, data,
-                            static_cast<DWORD>(std::strlen(data) + 1)));
-    }
-    void password(const char* value, const char* plain) {
-        std::array<char, REG_TEXT_SIZE> encoded{};
-        const std::size_t length = strnlen(plain, encoded.size() - 1);
-        std::memcpy(encoded.data(), plain, length);
-        Ras_Encode(encoded.data(), static_cast<int>(length));
-        text(value, encoded.data());
-        // The plain text does not linger in a second buffer.
-        explicit_bzero(encoded.data(), encoded.size());
-    }
-    void dword(const char* value, DWORD data) {
-        check(value,
-              write_(HKEY_LOCAL_MACHINE, kMailLoginKey, value, REG_DWORD, &data, sizeof data));
-    }
-    // 0 when the whole record was stored, else -1 (and nothing of it was).
-    int finish() {
-        if (!open_)
-            return -1;
-        open_ = false;
-        if (!ok_) {
-            ZolRegRollbackTransaction();
-            return -1;
-        }
-        return ZolRegCommitTransaction() == ERROR_SUCCESS ? 0 : -1;
-    }
-
-  private:
-    void check(const char* value, int written) {
-        if (written == 0) {
-            ZOL_TRACE(TRACE_LEVEL_ERROR, "pAMAMRegWrite %s/%s failed.", kMailLoginKey, value);
-            ok_ = false;
-        }
-    }
-
-    AMAMRegWrite_fn* write_;
-    bool ok_ = true;
-    bool open_ = false;
-};
-
 // ---- The dialog ----
 
-enum ControlId : int { kOkId = 1, kCancelId, kPortDefaultId, kWaitDefaultId };
+enum ControlId : int { kPortDefaultId = 1, kWaitDefaultId };
 
 constexpr int kTextEntryWidth = 30;
 constexpr int kPortEntryWidth = 8;
 constexpr int kWaitEntryWidth = 6;
 constexpr const char* kWarningTitle = "WARNING";
 
-void showRefusal(const mailinput::Refusal& refusal) {
+void ShowRefusal(const mailinput::Refusal& refusal) {
     const char* text = CPGetText(refusal.messageId, ReadString, ZOL_RcFileBuf);
     switch (refusal.box) {
         case mailinput::Box::Warning:
@@ -123,304 +65,190 @@ void showRefusal(const mailinput::Refusal& refusal) {
         case mailinput::Box::WarningShort:
             msgWindow(kWarningTitle, "ok", text);
             break;
-        case mailinput::Box::AlreadyShown:
+        case mailinput::Box::MailAddress: {
+            const std::string title = MessageText("IMAIL_DEST_TITLE_ID");
+            msgWindow(title.c_str(), " ok ", text);
             break;
+        }
     }
 }
 
 // This dialog's error boxes are titled " Error ", with blanks, unlike the program's others.
-void showWriteError(const char* function) {
+void ShowWriteError(const char* function) {
     msgWindow(" Error ", " ok ", FuncCallErrText(function).c_str());
 }
 
-// A label followed by its field in one row of the fields grid.
-void setRow(zolui::Grid& grid, int row, newtComponent label, newtComponent field, int top = 0) {
-    grid.set(0, row, label, {.left = 2, .top = top, .right = 1}, NEWT_ANCHOR_LEFT);
-    grid.set(1, row, field, {.top = top}, NEWT_ANCHOR_LEFT);
-}
+// The stored logins, as the dialog starts with them. The records hold the passwords in plain
+// text: they are wiped once the entries have them.
+struct StoredLogins {
+    POPParam pop{};
+    DWORD wait = kDefaultPopWait;
+    SMTPParam smtp{};
 
-class LoginDialog {
-  public:
-    LoginDialog(HINSTANCE lib, bool pop, bool smtp) : lib_(lib), pop_(pop), smtp_(smtp) {}
-
-    void run() {
-        POPParam popRecord{};
-        popRecord.Port = kDefaultPopPort;
-        DWORD wait = kDefaultPopWait;
-        SMTPParam smtpRecord{};
-        GetPopParam(lib_, &popRecord, &wait);
-        GetSMTPParam(lib_, &smtpRecord);
-        build(popRecord, wait, smtpRecord);
-        // The records held the passwords in plain text; the entries hold them from here on.
-        explicit_bzero(&popRecord, sizeof popRecord);
-        explicit_bzero(&smtpRecord, sizeof smtpRecord);
-        loop();
+    explicit StoredLogins(HMODULE lib) {
+        pop.Port = kDefaultPopPort;
+        GetPopParam(lib, &pop, &wait);
+        GetSMTPParam(lib, &smtp);
     }
-
-  private:
-    void build(const POPParam& popRecord, DWORD wait, const SMTPParam& smtpRecord) {
-        const int popFlags = pop_ ? 0 : NEWT_FLAG_DISABLED;
-        const int smtpFlags = smtp_ ? 0 : NEWT_FLAG_DISABLED;
-        const int textFlags = NEWT_FLAG_SCROLL;
-        const int passwordFlags = NEWT_FLAG_SCROLL | NEWT_FLAG_PASSWORD;
-        char number[16];
-
-        auto text = [](const char* id) { return MessageText(id); };
-        newtComponent popTitle = zolui::label(-1, -1, text("LABEL_POP_TITLE_ID"));
-        newtComponent serverLabel = zolui::label(-1, -1, text("POP_MAILSV_ID"));
-        newtComponent popUserLabel = zolui::label(-1, -1, text("POP_ACCOUNT_ID"));
-        newtComponent popPassLabel = zolui::label(-1, -1, text("IDSET_OUTBAND_PASSWD_ID"));
-        newtComponent portLabel = zolui::label(-1, -1, text("POP_PORT_NUM_ID"));
-        newtComponent waitLabel = zolui::label(-1, -1, text("POP_WAIT_TIME_ID"));
-        newtComponent secondLabel = zolui::label(-1, -1, text("POP_SECOND_ID"));
-        server_ = zolui::entry(-1, -1, popRecord.Server, kTextEntryWidth, textFlags | popFlags);
-        popUser_ = zolui::entry(-1, -1, popRecord.User, kTextEntryWidth, textFlags | popFlags);
-        popPass_ =
-            zolui::entry(-1, -1, popRecord.Password, kTextEntryWidth, passwordFlags | popFlags);
-        std::snprintf(number, sizeof number, "%d", static_cast<int>(popRecord.Port));
-        port_ = zolui::entry(-1, -1, number, kPortEntryWidth, popFlags);
-        std::snprintf(number, sizeof number, "%d", static_cast<int>(wait));
-        wait_ = zolui::entry(-1, -1, number, kWaitEntryWidth, popFlags);
-
-        // Default controls: pressable only while the POP half is enabled.
-        const std::string defaultText = text("POP_DEFAULT_ID");
-        newtComponent portDefault, waitDefault;
-        if (pop_) {
-            portDefault = zolui::compactButton(-1, -1, defaultText);
-            waitDefault = zolui::compactButton(-1, -1, defaultText);
-        } else {
-            portDefault = zolui::label(-1, -1, "<" + defaultText + ">");
-            waitDefault = zolui::label(-1, -1, "<" + defaultText + ">");
-        }
-
-        newtComponent smtpTitle = zolui::label(-1, -1, text("LABEL_SMTP_TITLE_ID"));
-        newtComponent smtpUserLabel = zolui::label(-1, -1, text("SMTP_ACCOUNT_ID"));
-        newtComponent smtpPassLabel = zolui::label(-1, -1, text("SMTP_PASS_ID"));
-        smtpUser_ = zolui::entry(-1, -1, smtpRecord.User, kTextEntryWidth, textFlags | smtpFlags);
-        smtpPass_ =
-            zolui::entry(-1, -1, smtpRecord.Password, kTextEntryWidth, passwordFlags | smtpFlags);
-        newtComponent ok = zolui::button(-1, -1, text("BUTTON_OK_ID"));
-        newtComponent cancel = zolui::button(-1, -1, text("BUTTON_CANCEL_ID"));
-
-        // Focus order: the POP fields top to bottom with their default controls, the SMTP
-        // fields, the buttons.
-        form_.add(popTitle);
-        for (newtComponent co : {serverLabel, server_, popUserLabel, popUser_, popPassLabel,
-                                 popPass_, portLabel, port_})
-            form_.add(co);
-        form_.add(portDefault, pop_ ? kPortDefaultId : zolui::kNoId);
-        form_.add(waitLabel);
-        form_.add(wait_);
-        form_.add(secondLabel);
-        form_.add(waitDefault, pop_ ? kWaitDefaultId : zolui::kNoId);
-        for (newtComponent co : {smtpTitle, smtpUserLabel, smtpUser_, smtpPassLabel, smtpPass_})
-            form_.add(co);
-        form_.add(ok, kOkId);
-        form_.add(cancel, kCancelId);
-        for (newtComponent numeric : {port_, wait_})
-            form_.setFilter(numeric, [numeric](int ch, int cursor) {
-                return EntryNumricFilter(numeric, nullptr, ch, cursor);
-            });
-
-        zolui::Grid portCell(2, 1);
-        portCell.set(0, 0, port_, {}, NEWT_ANCHOR_LEFT);
-        portCell.set(1, 0, portDefault, {.left = 1}, NEWT_ANCHOR_LEFT);
-        zolui::Grid waitCell(3, 1);
-        waitCell.set(0, 0, wait_, {}, NEWT_ANCHOR_LEFT);
-        waitCell.set(1, 0, secondLabel, {.left = 1}, NEWT_ANCHOR_LEFT);
-        waitCell.set(2, 0, waitDefault, {.left = 1}, NEWT_ANCHOR_LEFT);
-
-        zolui::Grid fields(2, 9);
-        fields.set(0, 0, popTitle, {}, NEWT_ANCHOR_LEFT);
-        setRow(fields, 1, serverLabel, server_);
-        setRow(fields, 2, popUserLabel, popUser_);
-        setRow(fields, 3, popPassLabel, popPass_);
-        fields.set(0, 4, portLabel, {.left = 2, .right = 1}, NEWT_ANCHOR_LEFT);
-        fields.set(1, 4, std::move(portCell), {}, NEWT_ANCHOR_LEFT);
-        fields.set(0, 5, waitLabel, {.left = 2, .right = 1}, NEWT_ANCHOR_LEFT);
-        fields.set(1, 5, std::move(waitCell), {}, NEWT_ANCHOR_LEFT);
-        fields.set(0, 6, smtpTitle, {.top = 1}, NEWT_ANCHOR_LEFT);
-        setRow(fields, 7, smtpUserLabel, smtpUser_);
-        setRow(fields, 8, smtpPassLabel, smtpPass_);
-
-        zolui::Grid buttons(2, 1);
-        buttons.set(0, 0, ok, {.right = 4});
-        buttons.set(1, 0, cancel);
-        zolui::Grid outer(1, 2);
-        outer.set(0, 0, std::move(fields));
-        outer.set(0, 1, std::move(buttons), {.top = 1});
-        window_.openWrapped(outer, MessageText("POP_SETTING_TITLE"));
+    ~StoredLogins() {
+        explicit_bzero(&pop, sizeof pop);
+        explicit_bzero(&smtp, sizeof smtp);
     }
-
-    void loop() {
-        for (;;) {
-            // Every round hands the terminal back and takes it again. Taking it back repaints the
-            // whole screen, so anything written to the terminal behind newt's back (by the name
-            // look-up of the server check, say) is painted over before the form is drawn.
-            { zolui::Suspended handBack; }
-            newtDrawForm(form_.get());
-            const zolui::RunResult result = form_.run();
-            // Cancel, or a hot key (F12), closes without writing.
-            if (result.reason != zolui::RunResult::Reason::Component || result.id == kCancelId)
-                return;
-            if (result.id == kPortDefaultId) {
-                zolui::setEntryText(port_, std::to_string(kDefaultPopPort));
-                continue;
-            }
-            if (result.id == kWaitDefaultId) {
-                zolui::setEntryText(wait_, std::to_string(kDefaultPopWait));
-                continue;
-            }
-            if (result.id == kOkId && save())
-                return;
-        }
-    }
-
-    // OK: checks and writes the POP half, then the SMTP half. False keeps the dialog open; the
-    // POP values stay written when only the SMTP half was refused.
-    bool save() {
-        if (pop_) {
-            POPParam record{};
-            std::uint32_t wait = 0;
-            const mailinput::PopInput in{zolui::entryText(server_), zolui::entryText(popUser_),
-                                         zolui::entryText(popPass_), zolui::entryText(port_),
-                                         zolui::entryText(wait_)};
-            const auto refusal = mailinput::CheckPopInput(
-                in,
-                [this](const std::string& server) {
-                    char address[REG_TEXT_SIZE] = {};
-                    const int rc = CheckPortAndIP(lib_, 0, server.c_str(), address, 0);
-                    ZOL_TRACE(TRACE_LEVEL_INFO, "CheckPortAndIP() return %d.", rc);
-                    return rc;
-                },
-                &record, &wait);
-            if (refusal) {
-                showRefusal(*refusal);
-                return false;
-            }
-            const int written = PutPopParam(lib_, &record, wait);
-            explicit_bzero(&record, sizeof record);
-            if (written == -1)
-                showWriteError("PutPopParam");
-        }
-        if (!smtp_)
-            return true;
-        SMTPParam record{};
-        const mailinput::SmtpInput in{zolui::entryText(smtpUser_), zolui::entryText(smtpPass_)};
-        if (const auto refusal = mailinput::CheckSmtpInput(in, &record)) {
-            showRefusal(*refusal);
-            return false;
-        }
-        const int written = PutSMTPParam(lib_, &record);
-        explicit_bzero(&record, sizeof record);
-        if (written == -1)
-            showWriteError("PutSMTPParam");
-        return true;
-    }
-
-    HINSTANCE lib_;
-    bool pop_, smtp_;
-    zolui::Window window_;
-    zolui::Form form_;
-    newtComponent server_ = nullptr, popUser_ = nullptr, popPass_ = nullptr, port_ = nullptr,
-                  wait_ = nullptr, smtpUser_ = nullptr, smtpPass_ = nullptr;
+    StoredLogins(const StoredLogins&) = delete;
+    StoredLogins& operator=(const StoredLogins&) = delete;
 };
 
-AMAMRegReadEx_fn* bindRead(HINSTANCE lib) {
-    return BindFromHandle<AMAMRegReadEx_fn>(lib, "AMAMRegReadEx");
+// The entries the dialog reads back on OK.
+struct LoginFields {
+    newtComponent server, popUser, popPass, port, wait, smtpUser, smtpPass;
+};
+
+LoginState ReadFields(const LoginFields& f, bool pop, bool smtp) {
+    using zolui::entryText;
+    return {pop,
+            smtp,
+            {entryText(f.server), entryText(f.popUser), entryText(f.popPass), entryText(f.port),
+             entryText(f.wait)},
+            {entryText(f.smtpUser), entryText(f.smtpPass)}};
 }
-AMAMRegWrite_fn* bindWrite(HINSTANCE lib) {
-    return BindFromHandle<AMAMRegWrite_fn>(lib, "AMAMRegWrite");
+
+// A label followed by its field (or cell) in one row of the fields grid.
+template <class Field>
+void SetRow(zolui::Grid& grid, int row, newtComponent label, Field&& field) {
+    grid.set(0, row, label, {.left = 2, .right = 1}, NEWT_ANCHOR_LEFT);
+    grid.set(1, row, std::forward<Field>(field), {}, NEWT_ANCHOR_LEFT);
+}
+
+newtComponent Label(const char* id) {
+    return zolui::label(-1, -1, MessageText(id));
+}
+
+// A Default control beside the port and the wait time: a compact button while the POP half is
+// enabled, else the same text in angle brackets, which cannot be pressed.
+newtComponent DefaultControl(zolui::Dialog& dialog, bool pop, int id) {
+    const std::string text = MessageText("POP_DEFAULT_ID");
+    if (pop)
+        return dialog.add(zolui::compactButton(-1, -1, text), id);
+    return dialog.add(zolui::label(-1, -1, "<" + text + ">"));
+}
+
+// The POP half, in focus order: server, account, password, port and its Default, wait time and
+// its Default. Fills rows 0 to 5 of the fields grid.
+void BuildPopHalf(zolui::Dialog& dialog, const StoredLogins& stored, bool pop, LoginFields& f,
+                  zolui::Grid& fields) {
+    const int flags = pop ? 0 : NEWT_FLAG_DISABLED;
+    // One labelled text entry per row, label first.
+    auto textRow = [&](int row, const char* labelId, const char* value, int more) {
+        newtComponent label = dialog.add(Label(labelId));
+        newtComponent co = dialog.add(
+            zolui::entry(-1, -1, value, kTextEntryWidth, NEWT_FLAG_SCROLL | flags | more));
+        SetRow(fields, row, label, co);
+        return co;
+    };
+    fields.set(0, 0, dialog.add(Label("LABEL_POP_TITLE_ID")), {}, NEWT_ANCHOR_LEFT);
+    f.server = textRow(1, "POP_MAILSV_ID", stored.pop.Server, 0);
+    f.popUser = textRow(2, "POP_ACCOUNT_ID", stored.pop.User, 0);
+    f.popPass = textRow(3, "IDSET_OUTBAND_PASSWD_ID", stored.pop.Password, NEWT_FLAG_PASSWORD);
+
+    newtComponent portLabel = dialog.add(Label("POP_PORT_NUM_ID"));
+    f.port = dialog.numberEntry(std::to_string(stored.pop.Port), kPortEntryWidth, EntryNumricFilter,
+                                flags);
+    zolui::Grid portCell(2, 1);
+    portCell.set(0, 0, f.port, {}, NEWT_ANCHOR_LEFT);
+    portCell.set(1, 0, DefaultControl(dialog, pop, kPortDefaultId), {.left = 1}, NEWT_ANCHOR_LEFT);
+    SetRow(fields, 4, portLabel, std::move(portCell));
+
+    newtComponent waitLabel = dialog.add(Label("POP_WAIT_TIME_ID"));
+    f.wait =
+        dialog.numberEntry(std::to_string(stored.wait), kWaitEntryWidth, EntryNumricFilter, flags);
+    zolui::Grid waitCell(3, 1);
+    waitCell.set(0, 0, f.wait, {}, NEWT_ANCHOR_LEFT);
+    waitCell.set(1, 0, dialog.add(Label("POP_SECOND_ID")), {.left = 1}, NEWT_ANCHOR_LEFT);
+    waitCell.set(2, 0, DefaultControl(dialog, pop, kWaitDefaultId), {.left = 1}, NEWT_ANCHOR_LEFT);
+    SetRow(fields, 5, waitLabel, std::move(waitCell));
+}
+
+// The SMTP half: account and password. Fills rows 6 to 8 of the fields grid.
+void BuildSmtpHalf(zolui::Dialog& dialog, const StoredLogins& stored, bool smtp, LoginFields& f,
+                   zolui::Grid& fields) {
+    const int flags = NEWT_FLAG_SCROLL | (smtp ? 0 : NEWT_FLAG_DISABLED);
+    fields.set(0, 6, dialog.add(Label("LABEL_SMTP_TITLE_ID")), {.top = 1}, NEWT_ANCHOR_LEFT);
+    newtComponent userLabel = dialog.add(Label("SMTP_ACCOUNT_ID"));
+    f.smtpUser = dialog.add(zolui::entry(-1, -1, stored.smtp.User, kTextEntryWidth, flags));
+    SetRow(fields, 7, userLabel, f.smtpUser);
+    newtComponent passLabel = dialog.add(Label("SMTP_PASS_ID"));
+    f.smtpPass = dialog.add(
+        zolui::entry(-1, -1, stored.smtp.Password, kTextEntryWidth, flags | NEWT_FLAG_PASSWORD));
+    SetRow(fields, 8, passLabel, f.smtpPass);
+}
+
+// OK: the POP half, then the SMTP half, each written by the library in one call. A refusal keeps
+// the dialog open (with the POP half written when only the SMTP half was refused).
+zolui::Next Save(HMODULE lib, const LoginState& state) {
+    const LoginSave saved =
+        SaveLogin(state,
+                  [lib](const std::string& server) {
+                      char address[REG_TEXT_SIZE] = {};
+                      const int rc = CheckPortAndIP(lib, 0, server.c_str(), address, 0);
+                      ZOL_TRACE(TRACE_LEVEL_INFO, "CheckPortAndIP() return %d.", rc);
+                      return rc;
+                  },
+                  {[lib](const POPParam& pop, DWORD wait) { return PutPopParam(lib, &pop, wait); },
+                   [lib](const SMTPParam& smtp) { return PutSMTPParam(lib, &smtp); }});
+    for (const char* function : saved.failedWrites)
+        ShowWriteError(function);
+    if (saved.refusal) {
+        ShowRefusal(*saved.refusal);
+        return zolui::Next::Stay;
+    }
+    return zolui::Next::Close;
 }
 
 }  // namespace
 
-int GetSMTPParam(HINSTANCE hLibRPTSET, SMTPParam* smtp) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (hLibRPTSET == nullptr || smtp == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.");
-        return -1;
-    }
-    AMAMRegReadEx_fn* read = bindRead(hLibRPTSET);
-    if (read == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetProcAddress(AMAMRegReadEx) failed.");
-        return -1;
-    }
-    readText(read, "SMTPAuthUser", smtp->User);
-    readPassword(read, "SMTPAuthPass", smtp->Password);
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
-    return 0;
-}
-
-int PutSMTPParam(HINSTANCE hLibRPTSET, const SMTPParam* smtp) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (hLibRPTSET == nullptr || smtp == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.");
-        return -1;
-    }
-    AMAMRegWrite_fn* write = bindWrite(hLibRPTSET);
-    if (write == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetProcAddress(AMAMRegWrite) failed.");
-        return -1;
-    }
-    RecordWriter writer(write);
-    writer.text("SMTPAuthUser", smtp->User);
-    writer.password("SMTPAuthPass", smtp->Password);
-    const int result = writer.finish();
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
-    return result;
-}
-
-int GetPopParam(HINSTANCE hLibRPTSET, POPParam* pop, DWORD* waitTime) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (hLibRPTSET == nullptr || pop == nullptr || waitTime == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.");
-        return -1;
-    }
-    AMAMRegReadEx_fn* read = bindRead(hLibRPTSET);
-    if (read == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetProcAddress(AMAMRegReadEx) failed.");
-        return -1;
-    }
-    readText(read, "POPServer", pop->Server);
-    readText(read, "POPUser", pop->User);
-    readPassword(read, "POPPass", pop->Password);
-    pop->Port = readDword(read, "POPPort", kDefaultPopPort);
-    *waitTime = readDword(read, "POPTime", kDefaultPopWait);
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
-    return 0;
-}
-
-int PutPopParam(HINSTANCE hLibRPTSET, const POPParam* pop, DWORD waitTime) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (hLibRPTSET == nullptr || pop == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.");
-        return -1;
-    }
-    AMAMRegWrite_fn* write = bindWrite(hLibRPTSET);
-    if (write == nullptr) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetProcAddress(AMAMRegWrite) failed.");
-        return -1;
-    }
-    RecordWriter writer(write);
-    writer.text("POPServer", pop->Server);
-    writer.text("POPUser", pop->User);
-    writer.password("POPPass", pop->Password);
-    writer.dword("POPPort", pop->Port);
-    writer.dword("POPTime", waitTime);
-    const int result = writer.finish();
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
-    return result;
-}
-
-void PopAndSMTPSet(HINSTANCE hLibRPTSET, int popFlag, int smtpFlag) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p popFlag=%d smtpFlag=%d", hLibRPTSET, popFlag,
-              smtpFlag);
-    if (hLibRPTSET == nullptr) {
+void PopAndSMTPSet(HMODULE lib, int popFlag, int smtpFlag) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p popFlag=%d smtpFlag=%d", lib, popFlag, smtpFlag);
+    if (lib == nullptr) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]param error.");
         return;
     }
-    LoginDialog dialog(hLibRPTSET, popFlag == 1, smtpFlag == 1);
-    dialog.run();
+    const bool pop = popFlag == 1;
+    const bool smtp = smtpFlag == 1;
+
+    // Build.
+    zolui::Dialog dialog;
+    LoginFields f{};
+    zolui::Grid fields(2, 9);
+    {
+        const StoredLogins stored(lib);
+        BuildPopHalf(dialog, stored, pop, f, fields);
+        BuildSmtpHalf(dialog, stored, smtp, f, fields);
+    }
+    zolui::Grid outer(1, 2);
+    outer.set(0, 0, std::move(fields));
+    outer.set(0, 1,
+              dialog.buttonRow({{MessageText("BUTTON_OK_ID"), zolui::kOkId},
+                                {MessageText("BUTTON_CANCEL_ID"), zolui::kCancelId}},
+                               4),
+              {.top = 1});
+    dialog.open(outer, MessageText("POP_SETTING_TITLE"));
+    // The server check may look a name up, and a resolver can write to the terminal behind
+    // newt's back: every run starts from a full redraw.
+    dialog.redrawBeforeEachRun();
+
+    // Handlers and save.
+    dialog.run({
+        {kPortDefaultId,
+         [&] {
+             zolui::setEntryText(f.port, std::to_string(kDefaultPopPort));
+             return zolui::Next::Stay;
+         }},
+        {kWaitDefaultId,
+         [&] {
+             zolui::setEntryText(f.wait, std::to_string(kDefaultPopWait));
+             return zolui::Next::Stay;
+         }},
+        {zolui::kOkId, [&] { return Save(lib, ReadFields(f, pop, smtp)); }},
+    });
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<");
 }

@@ -1,32 +1,42 @@
 // Mail-server logins of the remote report service's internet-mail delivery: the dialog for
-// POP before SMTP and SMTP authentication, and the four accessors of their stored values.
+// POP before SMTP and SMTP authentication, and what its OK does, without a screen. The stored
+// values are read and written through the call layer (frame/rptset_calls.h: GetPopParam,
+// PutPopParam, GetSMTPParam, PutSMTPParam).
 #pragma once
 
 #include <zolwin.h>
 
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "baseset/mailserver_input.h"
 #include "records.h"
-
-// Key of every value below, under HKEY_LOCAL_MACHINE.
-inline constexpr const char* kMailLoginKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
-
-// The POP port and wait time a login starts with when nothing is stored.
-inline constexpr DWORD kDefaultPopPort = 110;
-inline constexpr DWORD kDefaultPopWait = 0;
 
 // The modal dialog. A flag of 1 enables its half (POP before SMTP, SMTP authentication); any
 // other value shows that half disabled and leaves its values alone.
-void PopAndSMTPSet(HINSTANCE hLibRPTSET, int popFlag, int smtpFlag);
+void PopAndSMTPSet(HMODULE lib, int popFlag, int smtpFlag);
 
-// Reads SMTPAuthUser and SMTPAuthPass (decoded) through "AMAMRegReadEx"; a value that cannot be
-// read leaves its field empty. 0, or -1 for a null argument or an unbound "AMAMRegReadEx".
-int GetSMTPParam(HINSTANCE hLibRPTSET, SMTPParam* smtp);
-// Writes both values through "AMAMRegWrite", the password encoded, in one transaction: every
-// write is attempted and a failed one traced, and then the record lands whole or not at all.
-// 0, or -1 on any failure, a null argument or an unbound "AMAMRegWrite".
-int PutSMTPParam(HINSTANCE hLibRPTSET, const SMTPParam* smtp);
-// Reads POPServer, POPUser, POPPass (decoded), POPPort (110 when unreadable) and POPTime
-// (*waitTime, 0 when unreadable). 0, or -1 as GetSMTPParam.
-int GetPopParam(HINSTANCE hLibRPTSET, POPParam* pop, DWORD* waitTime);
-// Writes the five values in that order, as PutSMTPParam writes its two.
-int PutPopParam(HINSTANCE hLibRPTSET, const POPParam* pop, DWORD waitTime);
+// What the dialog holds when OK is pressed: the halves it edits and their fields as typed.
+struct LoginState {
+    bool pop = false;
+    bool smtp = false;
+    mailinput::PopInput popInput;
+    mailinput::SmtpInput smtpInput;
+};
+
+// The writes of OK: PutPopParam and PutSMTPParam on the screen (0 stored, -1 not).
+struct LoginWriters {
+    std::function<int(const POPParam&, DWORD wait)> pop;
+    std::function<int(const SMTPParam&)> smtp;
+};
+
+// What OK did: the writes that failed, in order ("PutPopParam", "PutSMTPParam"), and the
+// refusal that keeps the dialog open, if any. The POP half is checked and written first; a
+// refused SMTP half leaves the POP half written.
+struct LoginSave {
+    std::vector<const char*> failedWrites;
+    std::optional<mailinput::Refusal> refusal;
+};
+LoginSave SaveLogin(const LoginState& state, const mailinput::ServerCheck& checkServer,
+                    const LoginWriters& write);

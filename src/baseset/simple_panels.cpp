@@ -17,7 +17,8 @@
 
 namespace {
 
-// Characters of the delay entry: its width and what OK reads of it.
+// Columns of the delay entry, which takes one character less (see Dialog::numberEntry): four
+// digits hold every delay there is. OK reads at most this many characters of it.
 constexpr int kDelayEntryWidth = 5;
 
 // The error box of a shutdown delay out of range: "ERR_SHUTDOWN_ID" takes the two bounds.
@@ -32,25 +33,29 @@ void ShowDelayRangeError() {
     msgWindow(title.c_str(), " ok ", text.c_str());
 }
 
-// The range-enable record governing the delay entry for the panel's life only.
-class DelayEntryRange {
-  public:
-    DelayEntryRange(newtComponent entry, char* mark) : fields_{entry} {
-        CheckStruct = {fields_, 0, 0, mark};
-    }
-    ~DelayEntryRange() { CheckStruct = {nullptr, 0, -1, nullptr}; }
-    DelayEntryRange(const DelayEntryRange&) = delete;
-    DelayEntryRange& operator=(const DelayEntryRange&) = delete;
-
-  private:
-    newtComponent fields_[1];
-};
-
 // OK and Cancel, each 3 columns in.
 zolui::Grid OkCancelRow(zolui::Dialog& dialog) {
     return dialog.buttonRow({{MessageText("BUTTON_OK_ID"), zolui::kOkId},
                              {MessageText("BUTTON_CANCEL_ID"), zolui::kCancelId}},
                             3, 3);
+}
+
+// Each manager panel says which method it switches; a method without a title of its own (none
+// today) gets the common one.
+const char* SimplePanelTitle(const char* method) {
+    struct Title {
+        const char* method;
+        const char* titleId;
+    };
+    static constexpr Title kTitles[] = {
+        {BASE_METHOD_INBAND, "BASE_SUBSIMPLE_INBAND_TITLE_ID"},
+        {BASE_METHOD_OUTBAND, "BASE_SUBSIMPLE_OUTBAND_TITLE_ID"},
+    };
+    for (const Title& title : kTitles) {
+        if (std::strcmp(method, title.method) == 0)
+            return title.titleId;
+    }
+    return "BASE_SUBSIMPLE_TITLE_ID";
 }
 
 void ShowShutdownRefusal(const char* messageId) {
@@ -75,9 +80,9 @@ int TestInputValue(unsigned int data) {
     return 1;
 }
 
-int PutDelayValue(BaseData* record, HMODULE hLibRPTSET) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] hLibRPTSET=%p", hLibRPTSET);
-    if (!PutBaseSetting(hLibRPTSET, record)) {
+int PutDelayValue(BaseData* record, HMODULE lib) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (!PutBaseSetting(lib, record)) {
         ShowFuncCallErr("PutBaseSetting");
         ZOL_TRACE(TRACE_LEVEL_ERROR, "PutBaseSetting failed.");
     }
@@ -121,13 +126,8 @@ int SubShutdownPanel(HMODULE lib) {
     newtComponent enable = dialog.add(zolui::checkbox(-1, -1, MessageText("BASE_SUB_ENABLE_ID"),
                                                       enableMark, nullptr, &enableMark));
     newtComponent label = dialog.add(zolui::label(-1, -1, MessageText("BASE_SUB_DELAY_ID")));
-    newtComponent delay =
-        dialog.add(zolui::entry(-1, -1, std::to_string(record->Value), kDelayEntryWidth));
-    dialog.form().setFilter(
-        delay, [](int ch, int cursor) { return EntryNumricFilter(nullptr, nullptr, ch, cursor); });
-    const DelayEntryRange range(delay, &enableMark);
-    dialog.form().onActivate(enable, [enable] { CheckButtonFunc(enable, nullptr); });
-    CheckButtonFunc(enable, nullptr);
+    newtComponent delay = dialog.numberEntry(std::to_string(record->Value), kDelayEntryWidth);
+    dialog.enableWhileChecked(enable, &enableMark, {delay});
 
     zolui::Grid delayRow(2, 1);
     delayRow.set(0, 0, label);
@@ -174,7 +174,7 @@ int SubSimplePanel(const char* method, HMODULE lib) {
     zolui::Grid grid(1, 2);
     grid.set(0, 0, enable, {}, NEWT_ANCHOR_LEFT);
     grid.set(0, 1, OkCancelRow(dialog), {.top = 1}, NEWT_ANCHOR_LEFT);
-    dialog.open(grid, MessageText("BASE_SUBSIMPLE_TITLE_ID"));
+    dialog.open(grid, MessageText(SimplePanelTitle(method)));
 
     auto ok = [&] {
         record->Enable = enableMark != ' ' ? 1 : 0;

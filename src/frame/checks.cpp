@@ -1,6 +1,5 @@
 // Checks of what an administrator types, shared by every screen family and free of newt:
-// manager addresses and ports, mail addresses, decimal numbers, the shutdown delay, and the
-// length of an EUC-JP character.
+// manager addresses and ports, mail addresses, decimal numbers and the shutdown delay.
 #include "frame/checks.h"
 
 #include <netdb.h>
@@ -245,25 +244,6 @@ std::string_view TrimBlanks(std::string_view text) {
     if (first == std::string_view::npos)
         return {};
     return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-std::size_t EucCharLength(unsigned char lead) {
-    if (lead == 0x8F)
-        return 3;  // JIS X 0212
-    if (lead == 0x8E || lead >= 0xA1)
-        return 2;  // half-width kana, JIS X 0208
-    return 1;
-}
-
-std::string_view CutEuc(std::string_view text, std::size_t maxBytes) {
-    std::size_t end = 0;
-    while (end < text.size()) {
-        const std::size_t next = end + EucCharLength(static_cast<unsigned char>(text[end]));
-        if (next > maxBytes || next > text.size())
-            break;
-        end = next;
-    }
-    return text.substr(0, end);
 }
 
 unsigned int DelayFromText(std::string_view text) {

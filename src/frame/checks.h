@@ -1,7 +1,7 @@
 // Checks of what an administrator types, shared by every screen family and free of newt: manager
-// addresses and ports, mail addresses, decimal numbers, the shutdown delay, and the length of an
-// EUC-JP character. Each is silent and answers a code or the ID of the message the screen shows
-// (check_boxes.h shows the mail checks' boxes).
+// addresses and ports, mail addresses, decimal numbers and the shutdown delay (the length of an
+// EUC-JP character is ui/encoding.h's EucCharLength). Each is silent and answers a code or the ID
+// of the message the screen shows (check_boxes.h shows the mail checks' boxes).
 #pragma once
 
 #include <zolwin.h>
@@ -53,12 +53,6 @@ std::optional<std::uint32_t> ParseDecimal(std::string_view text);
 
 // The text without the blanks around it.
 std::string_view TrimBlanks(std::string_view text);
-
-// Bytes of the EUC-JP character that starts with lead: 3 for JIS X 0212, 2 for half-width kana
-// and JIS X 0208, 1 for ASCII and stray bytes.
-std::size_t EucCharLength(unsigned char lead);
-// The longest start of text of at most maxBytes bytes that ends on a whole character.
-std::string_view CutEuc(std::string_view text, std::size_t maxBytes);
 
 // The shutdown delay an entry's text stands for: digits with an optional leading "-" read as a
 // decimal number and taken unsigned (so "-1" is far out of range); any other text gives a value

@@ -6,7 +6,6 @@
 #include <string_view>
 #include <vector>
 
-#include "frame/checks.h"
 #include "frame/msgfile.h"
 #include "frame/textformat.h"
 #include "ui/toolkit.h"
@@ -284,7 +283,7 @@ std::string FuncCallErrText(const char* what) {
     const std::string format = MessageText("FUNC_CALL_ERR");
     std::string text = FormatText(format, {what != nullptr ? what : ""});
     // Cut to the box's buffer, never inside a multibyte character.
-    text.resize(checks::CutEuc(text, kFuncCallErrSize - 1).size());
+    text.resize(zolui::CutEuc(text, kFuncCallErrSize - 1).size());
     return text;
 }
 

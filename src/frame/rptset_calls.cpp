@@ -1,9 +1,10 @@
-// Wrappers of the report-settings library's base-setting, trap and remote-report-method
-// functions. The call layer traces a missing function or a failed call; each wrapper adds its
-// entry and exit lines and turns the outcome into the result its callers have always had.
+// Wrappers of the report-settings library's base-setting, trap, remote-report-method and
+// mail-login functions. The call layer traces a missing function or a failed call; each wrapper
+// adds its entry and exit lines and turns the outcome into the result its callers have always had.
 #include "frame/rptset_calls.h"
 
 #include <cstdlib>
+#include <cstring>
 
 BaseData** CPAllBaseData = nullptr;
 int numBaseData = 0;
@@ -30,6 +31,51 @@ int ReturnResult(const LibResult& r, int whenUnbound) {
 BOOL ReturnBool(const LibResult& r) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %s.", r ? "TRUE" : "FALSE");
     return r ? TRUE : FALSE;
+}
+
+// A login value that may be missing: the reader judges the result itself, so that a value never
+// written is not traced as a failure.
+constexpr LibFunction<AMAMRegReadEx_fn> kReadLoginValue{"AMAMRegReadEx", libresult::Any};
+
+// Reads one REG_SZ login value into a field; an unreadable value leaves the field empty.
+LibResult ReadLoginText(HMODULE lib, const char* value, char (&field)[REG_TEXT_SIZE]) {
+    std::memset(field, 0, sizeof field);
+    const LibResult r =
+        CallLibrary(lib, kReadLoginValue, HKEY_LOCAL_MACHINE, kMailLoginKey, value, REG_SZ,
+                    static_cast<void*>(field), static_cast<DWORD>(sizeof field));
+    if (r.value == 0)
+        std::memset(field, 0, sizeof field);
+    field[REG_TEXT_SIZE - 1] = '\0';
+    return r;
+}
+
+LibResult ReadLoginPassword(HMODULE lib, const char* value, char (&field)[REG_TEXT_SIZE]) {
+    const LibResult r = ReadLoginText(lib, value, field);
+    Ras_Decode(field, static_cast<int>(std::strlen(field)));
+    return r;
+}
+
+DWORD ReadLoginDword(HMODULE lib, const char* value, DWORD whenMissing) {
+    DWORD data = 0;
+    const LibResult r = CallLibrary(lib, kReadLoginValue, HKEY_LOCAL_MACHINE, kMailLoginKey, value,
+                                    REG_DWORD, static_cast<void*>(&data), DWORD{sizeof data});
+    return r.value == 0 ? whenMissing : data;
+}
+
+int LoginArgumentError() {
+    ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.");
+    return -1;
+}
+
+int LoginReadUnbound() {
+    ZOL_TRACE(TRACE_LEVEL_ERROR, "<GetProcAddress(AMAMRegReadEx) failed.");
+    return -1;
+}
+
+int LoginWritten(const LibResult& r) {
+    const int result = r ? 0 : -1;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
 }
 
 }  // namespace
@@ -112,6 +158,70 @@ int DelTrapSetting(HMODULE lib, int* count, const char* address, char** list) {
     return ReturnBool(CallLibrary(lib, rptset::kDelDest, count, address, list));
 }
 
+BOOL ApplyTrapSetting(HMODULE lib, const std::vector<std::string>& added,
+                      const std::vector<std::string>& removed) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p added=%zu removed=%zu", lib, added.size(),
+              removed.size());
+    // The library takes the C form of a list: counted arrays of texts it only reads.
+    auto pointers = [](const std::vector<std::string>& list) {
+        std::vector<char*> out;
+        for (const std::string& address : list)
+            out.push_back(const_cast<char*>(address.c_str()));
+        return out;
+    };
+    std::vector<char*> add = pointers(added);
+    std::vector<char*> remove = pointers(removed);
+    return ReturnBool(CallLibrary(lib, rptset::kApplyTrapDest, static_cast<int>(add.size()),
+                                  add.data(), static_cast<int>(remove.size()), remove.data()));
+}
+
+int IPAddressCheck(HMODULE lib, const char* text) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    const LibResult r = CallLibrary(lib, rptset::kAMBIMyIPCheck, text != nullptr ? text : "");
+    return ReturnResult(r, -1);
+}
+
+int GetSMTPParam(HMODULE lib, SMTPParam* smtp) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (lib == nullptr || smtp == nullptr)
+        return LoginArgumentError();
+    if (ReadLoginText(lib, "SMTPAuthUser", smtp->User).unbound())
+        return LoginReadUnbound();
+    ReadLoginPassword(lib, "SMTPAuthPass", smtp->Password);
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
+    return 0;
+}
+
+int GetPopParam(HMODULE lib, POPParam* pop, DWORD* waitTime) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (lib == nullptr || pop == nullptr || waitTime == nullptr)
+        return LoginArgumentError();
+    if (ReadLoginText(lib, "POPServer", pop->Server).unbound())
+        return LoginReadUnbound();
+    ReadLoginText(lib, "POPUser", pop->User);
+    ReadLoginPassword(lib, "POPPass", pop->Password);
+    pop->Port = ReadLoginDword(lib, "POPPort", kDefaultPopPort);
+    *waitTime = ReadLoginDword(lib, "POPTime", kDefaultPopWait);
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
+    return 0;
+}
+
+int PutSMTPParam(HMODULE lib, const SMTPParam* smtp) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (lib == nullptr || smtp == nullptr)
+        return LoginArgumentError();
+    return LoginWritten(CallLibrary(lib, rptset::kAMAMSetMailLogin,
+                                    static_cast<const POPParam*>(nullptr), DWORD{0}, smtp));
+}
+
+int PutPopParam(HMODULE lib, const POPParam* pop, DWORD waitTime) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (lib == nullptr || pop == nullptr)
+        return LoginArgumentError();
+    return LoginWritten(CallLibrary(lib, rptset::kAMAMSetMailLogin, pop, waitTime,
+                                    static_cast<const SMTPParam*>(nullptr)));
+}
+
 int GetVntMethod(HMODULE lib, int* method) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
     if (HandleMissing(lib, -1) || method == nullptr)
@@ -124,6 +234,14 @@ int SetVntMethod(HMODULE lib, int method) {
     if (HandleMissing(lib, -1))
         return -1;
     return ReturnResult(CallLibrary(lib, rptset::kAMSetVntMethod, method), -1);
+}
+
+int SetVntReport(HMODULE lib, int method, bool enabled) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p method=%d enabled=%d", lib, method,
+              enabled ? 1 : 0);
+    if (HandleMissing(lib, -1))
+        return -1;
+    return ReturnResult(CallLibrary(lib, rptset::kAMSetVntReport, method, enabled ? 1 : 0), -1);
 }
 
 int ResetOpenSet(HMODULE lib) {

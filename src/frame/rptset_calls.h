@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "frame/libcall.h"
 #include "records.h"
@@ -29,12 +30,15 @@ inline constexpr LibFunction<AMBIMyIPCheck_fn> kAMBIMyIPCheck{"AMBIMyIPCheck", A
 inline constexpr LibFunction<GetTrapDest_fn> kGetTrapDest{"GetTrapDest", NonZero};
 inline constexpr LibFunction<SetTrapDest_fn> kSetTrapDest{"SetTrapDest", NonZero};
 inline constexpr LibFunction<DelDest_fn> kDelDest{"DelDest", NonZero};
+inline constexpr LibFunction<ApplyTrapDest_fn> kApplyTrapDest{"ApplyTrapDest", NonZero};
 inline constexpr LibFunction<AMGetVntMethod_fn> kAMGetVntMethod{"AMGetVntMethod", Zero};
 inline constexpr LibFunction<AMSetVntMethod_fn> kAMSetVntMethod{"AMSetVntMethod", Zero};
+inline constexpr LibFunction<AMSetVntReport_fn> kAMSetVntReport{"AMSetVntReport", Zero};
 inline constexpr LibFunction<AMResetOpenSet_fn> kAMResetOpenSet{"AMResetOpenSet", Zero};
 inline constexpr LibFunction<GetEOpening_fn> kGetEOpening{"GetEOpening", Any};
 inline constexpr LibFunction<AMAMRegReadEx_fn> kAMAMRegReadEx{"AMAMRegReadEx", NonZero};
 inline constexpr LibFunction<AMAMRegWrite_fn> kAMAMRegWrite{"AMAMRegWrite", NonZero};
+inline constexpr LibFunction<AMAMSetMailLogin_fn> kAMAMSetMailLogin{"AMAMSetMailLogin", NonZero};
 // Destinations.
 inline constexpr LibFunction<GetAllDestSetting_fn> kGetAllDestSetting{"GetAllDestSetting", Zero};
 inline constexpr LibFunction<GetDestSetting_fn> kGetDestSetting{"GetDestSetting", Zero};
@@ -116,6 +120,35 @@ int GetTrapSetting(HMODULE lib, int* count, char** list);
 int SetTrapSetting(HMODULE lib, int count, char** list);
 // Removes address from list (and lowers *count) through the library, which stores the list.
 int DelTrapSetting(HMODULE lib, int* count, const char* address, char** list);
+// Applies the trap screen's own changes to the list as stored now, in one call: removes each of
+// removed that is stored, adds each of added that is not. TRUE, or FALSE when the library
+// refused (a full list, an unusable address) or failed, and then the stored list is as it was.
+BOOL ApplyTrapSetting(HMODULE lib, const std::vector<std::string>& added,
+                      const std::vector<std::string>& removed);
+// AMBIMyIPCheck: 1 when text is an IP address the library accepts, 0 when not, -1 when the handle
+// is null or the library lacks the check.
+int IPAddressCheck(HMODULE lib, const char* text);
+
+// ---- Mail-server logins of the internet-mail delivery ----
+
+// Key of the login values, under HKEY_LOCAL_MACHINE.
+inline constexpr const char* kMailLoginKey =
+    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
+// The POP port and wait time a login starts with when nothing is stored.
+inline constexpr DWORD kDefaultPopPort = 110;
+inline constexpr DWORD kDefaultPopWait = 0;
+
+// Reads SMTPAuthUser and SMTPAuthPass (decoded) through "AMAMRegReadEx"; a value that cannot be
+// read leaves its field empty. 0, or -1 for a null argument or an unbound "AMAMRegReadEx".
+int GetSMTPParam(HMODULE lib, SMTPParam* smtp);
+// Reads POPServer, POPUser, POPPass (decoded), POPPort (110 when unreadable) and POPTime
+// (*waitTime, 0 when unreadable). 0, or -1 as GetSMTPParam.
+int GetPopParam(HMODULE lib, POPParam* pop, DWORD* waitTime);
+// Each writes its half of the logins whole in one library call ("AMAMSetMailLogin"), which
+// encodes the password: either every value of the half is stored or none is. 0, or -1 on a
+// refusal, a failed write, a null argument or an unbound function.
+int PutSMTPParam(HMODULE lib, const SMTPParam* smtp);
+int PutPopParam(HMODULE lib, const POPParam* pop, DWORD waitTime);
 
 // ---- Remote report service ----
 
@@ -123,6 +156,11 @@ int DelTrapSetting(HMODULE lib, int* count, const char* address, char** list);
 // a null handle or argument or a missing function.
 int GetVntMethod(HMODULE lib, int* method);
 int SetVntMethod(HMODULE lib, int method);
+// The delivery method and the service's switch in one library call ("AMSetVntReport"): the method
+// (-1 keeps the stored one, only while switching off) and the base-setting records of the four
+// methods, only the chosen one enabled and only while enabled. 0, or -1 when the library refused
+// or failed (nothing stored), on a null handle or a missing function.
+int SetVntReport(HMODULE lib, int method, bool enabled);
 // AMResetOpenSet: the library's result (0 success); -1 on a null handle or missing function.
 int ResetOpenSet(HMODULE lib);
 // GetEOpening: the library's result (1 when the opening report has been sent); 0 on a null

@@ -4,6 +4,9 @@
 
 #include <slang.h>
 
+#include <cstring>
+#include <optional>
+
 namespace zolui {
 
 Grid Dialog::buttonRow(std::initializer_list<ButtonSpec> buttons, int gap, int lead) {
@@ -17,34 +20,71 @@ Grid Dialog::buttonRow(std::initializer_list<ButtonSpec> buttons, int gap, int l
     return row;
 }
 
-void Dialog::open(const Grid& grid, std::string_view title) {
+newtComponent Dialog::numberEntry(std::string_view initial, int width, newtEntryFilter filter,
+                                  int flags, int id) {
+    newtComponent co = form_.add(entry(-1, -1, initial, width, flags | NEWT_FLAG_SCROLL), id);
+    const auto room = static_cast<std::size_t>(width > 1 ? width - 1 : 1);
+    form_.setFilter(co, [co, filter, room](int ch, int cursor) {
+        const int key = filter != nullptr ? filter(co, nullptr, ch, cursor) : ch;
+        // Keys above 255 move or erase; only a character makes the text longer.
+        if (key > 0 && key < 256) {
+            const char* text = newtEntryGetValue(co);
+            if (text != nullptr && std::strlen(text) >= room) {
+                return 0;
+            }
+        }
+        return key;
+    });
+    return co;
+}
+
+void Dialog::enableWhileChecked(newtComponent checkbox, char* mark,
+                                std::vector<newtComponent> fields, RangeKind kind) {
+    ranges_.push_back(std::make_unique<RangeEnable>(kind, mark, std::move(fields)));
+    const RangeEnable* range = ranges_.back().get();
+    form_.onActivate(checkbox, [range] { range->apply(); });
+    range->apply();
+}
+
+void Dialog::open(const Grid& grid, std::string_view title, Closing closing) {
     window_.openWrapped(grid, title);
-    form_.addHotKey(kCloseKey, kCancelId);
+    closing_ = closing;
+    if (closing_ == Closing::CancelOrCtrlO) {
+        form_.addHotKey(kCloseKey, kCancelId);
+    }
+}
+
+bool Dialog::closesOnHotKey(int key) const {
+    // Ctrl-O as the help line promises, and newt's own F12, which every form takes unless told
+    // not to.
+    return closing_ == Closing::CancelOrCtrlO && (key == kCloseKey || key == NEWT_KEY_F12);
+}
+
+std::optional<int> Dialog::dispatch(const RunResult& result, const Handlers& handlers) const {
+    switch (result.reason) {
+        case RunResult::Reason::Error:
+            return kCancelId;  // a terminal that is gone would otherwise spin here for ever
+        case RunResult::Reason::Component:
+        case RunResult::Reason::HotKey:
+            break;
+        default:
+            return std::nullopt;
+    }
+    if (result.reason == RunResult::Reason::HotKey)
+        return closesOnHotKey(result.key) ? std::optional<int>(kCancelId) : std::nullopt;
+    if (const auto handler = handlers.find(result.id); handler != handlers.end())
+        return handler->second() == Next::Close ? std::optional<int>(result.id) : std::nullopt;
+    const bool closes =
+        closing_ == Closing::CancelOrCtrlO && (result.id == kCancelId || result.id == kOkId);
+    return closes ? std::optional<int>(result.id) : std::nullopt;
 }
 
 int Dialog::run(const Handlers& handlers) {
     for (;;) {
         if (beforeRun_)
             beforeRun_();
-        const RunResult result = form_.run();
-        // A terminal that is gone (read error) would otherwise spin here for ever.
-        if (result.reason == RunResult::Reason::Error)
-            return kCancelId;
-        if (result.reason == RunResult::Reason::HotKey) {
-            if (result.key == kCloseKey)
-                return kCancelId;
-            continue;
-        }
-        if (result.reason != RunResult::Reason::Component)
-            continue;
-        const auto handler = handlers.find(result.id);
-        if (handler != handlers.end()) {
-            if (handler->second() == Next::Close)
-                return result.id;
-            continue;
-        }
-        if (result.id == kCancelId || result.id == kOkId)
-            return result.id;
+        if (const std::optional<int> closedBy = dispatch(form_.run(), handlers))
+            return *closedBy;
     }
 }
 

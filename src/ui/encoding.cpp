@@ -119,16 +119,39 @@ bool TerminalIsUtf8() {
     return norm == "utf8";
 }
 
+std::size_t EucCharLength(unsigned char lead) {
+    if (lead == 0x8F) {
+        return 3;  // JIS X 0212
+    }
+    if (lead == 0x8E || lead >= 0xA1) {
+        return 2;  // half-width kana, JIS X 0208
+    }
+    return 1;
+}
+
+std::string_view CutEuc(std::string_view text, std::size_t maxBytes) {
+    std::size_t end = 0;
+    while (end < text.size()) {
+        const std::size_t next = end + EucCharLength(static_cast<unsigned char>(text[end]));
+        if (next > maxBytes || next > text.size()) {
+            break;
+        }
+        end = next;
+    }
+    return text.substr(0, end);
+}
+
 std::string eucToUtf8(std::string_view euc) {
     if (isAscii(euc)) {
         return std::string(euc);
     }
-    // Bytes 0x80-0xA0 (but the single shifts 0x8E, 0x8F) start no EUC-JP character and follow
-    // none; iconv would pass some of them on as C1 control codes, which a terminal may obey.
+    // A byte above 0x7F that starts no EUC-JP character (0x80-0xA0 but the single shifts) follows
+    // none either; iconv would pass some of them on as C1 control codes, which a terminal may
+    // obey.
     std::string clean(euc);
     for (char& c : clean) {
         const auto b = static_cast<unsigned char>(c);
-        if (b >= 0x80 && b <= 0xA0 && b != 0x8E && b != 0x8F) {
+        if (b >= 0x80 && EucCharLength(b) == 1) {
             c = '?';
         }
     }

@@ -1,5 +1,8 @@
-// Entry filters and the range-enable callbacks that screens attach to their fields.
+// Entry filters, the range-enable callbacks that screens attach to their fields, and the owner of
+// the range-enable records.
 #include <newt.h>
+
+#include <utility>
 
 #include "ui/toolkit.h"
 
@@ -76,3 +79,33 @@ void CheckButtonFunc(newtComponent, void*) {
 void CheckBoxFunc(newtComponent, void*) {
     setRange(CheckboxStruct, newtCheckboxSetFlags);
 }
+
+namespace zolui {
+
+namespace {
+
+RangeEnableRecord& recordOf(RangeKind kind) {
+    return kind == RangeKind::Entries ? CheckStruct : CheckboxStruct;
+}
+
+}  // namespace
+
+RangeEnable::RangeEnable(RangeKind kind, char* mark, std::vector<newtComponent> fields)
+    : kind_(kind), fields_(std::move(fields)), outer_(recordOf(kind)) {
+    recordOf(kind_) = {fields_.data(), 0, static_cast<std::int32_t>(fields_.size()) - 1, mark};
+}
+
+RangeEnable::~RangeEnable() {
+    // A screen opened from another that governs fields of the same kind hands the record back.
+    recordOf(kind_) = outer_;
+}
+
+void RangeEnable::apply() const {
+    if (kind_ == RangeKind::Entries) {
+        CheckButtonFunc(nullptr, nullptr);
+    } else {
+        CheckBoxFunc(nullptr, nullptr);
+    }
+}
+
+}  // namespace zolui

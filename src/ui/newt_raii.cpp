@@ -2,7 +2,6 @@
 // that carry every text across the encoding boundary.
 #include "ui/newt_raii.h"
 
-#include <clocale>
 #include <cstdint>
 
 #include "ui/encoding.h"
@@ -187,30 +186,11 @@ void Window::close() {
     }
 }
 
-Screen::Screen() {
-    // S-Lang decides between UTF-8 and byte mode from the locale, so it must be set first.
-    std::setlocale(LC_ALL, "");
-    newtInit();
-    newtCls();
-    newtSetColors(myColors);
-}
-
-Screen::~Screen() {
-    newtFinished();
-}
-
 Suspended::Suspended() {
     newtSuspend();
 }
 Suspended::~Suspended() {
     newtResume();
-}
-
-HelpLine::HelpLine(std::string_view text) {
-    newtPushHelpLine(toNewt(text).c_str());
-}
-HelpLine::~HelpLine() {
-    newtPopHelpLine();
 }
 
 newtComponent label(int left, int top, std::string_view text) {
@@ -249,6 +229,26 @@ newtComponent radioButton(int left, int top, std::string_view text, bool isDefau
     return newtRadiobutton(left, top, toNewt(text).c_str(), isDefault ? 1 : 0, prevButton);
 }
 
+newtComponent RadioGroup::add(std::string_view text, bool isDefault) {
+    newtComponent button =
+        radioButton(-1, -1, text, isDefault, buttons_.empty() ? nullptr : buttons_.back());
+    buttons_.push_back(button);
+    return button;
+}
+
+int RadioGroup::currentIndex() const {
+    if (buttons_.empty()) {
+        return -1;
+    }
+    const newtComponent chosen = newtRadioGetCurrent(buttons_.front());
+    for (std::size_t i = 0; i < buttons_.size(); ++i) {
+        if (buttons_[i] == chosen) {
+            return static_cast<int>(i);
+        }
+    }
+    return -1;
+}
+
 newtComponent entry(int left, int top, std::string_view initial, int width, int flags) {
     return newtEntry(left, top, toNewt(initial).c_str(), width, nullptr, flags);
 }
@@ -272,6 +272,14 @@ void setTextboxText(newtComponent textbox, std::string_view text) {
     newtTextboxSetText(textbox, toNewt(text).c_str());
 }
 
+newtComponent listbox(int rows, int flags, int width) {
+    newtComponent co = newtListbox(-1, -1, rows, flags);
+    if (width > 0) {
+        newtListboxSetWidth(co, width);
+    }
+    return co;
+}
+
 int listboxAppend(newtComponent listbox, std::string_view text, const void* key) {
     return newtListboxAppendEntry(listbox, toNewt(text).c_str(), key);
 }
@@ -286,6 +294,14 @@ int listboxCurrentIndex(newtComponent listbox) {
         return -1;
     }
     return static_cast<int>(reinterpret_cast<std::intptr_t>(newtListboxGetCurrent(listbox)));
+}
+
+void listboxSetCurrentIndex(newtComponent listbox, int index) {
+    newtListboxSetCurrentByKey(listbox, reinterpret_cast<void*>(std::intptr_t{index}));
+}
+
+void listboxClear(newtComponent listbox) {
+    newtListboxClear(listbox);
 }
 
 void listboxSetEntry(newtComponent listbox, int num, std::string_view text) {

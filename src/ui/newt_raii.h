@@ -113,16 +113,6 @@ class Window {
     std::string title_;  // kept for the window's life: newt may keep the pointer
 };
 
-// The screen for one run of the program: locale, newtInit, newtCls and the product's palette,
-// and newtFinished at the end.
-class Screen {
-  public:
-    Screen();
-    ~Screen();
-    Screen(const Screen&) = delete;
-    Screen& operator=(const Screen&) = delete;
-};
-
 // Gives the terminal back to the shell for the guard's life (newtSuspend / newtResume).
 class Suspended {
   public:
@@ -130,15 +120,6 @@ class Suspended {
     ~Suspended();
     Suspended(const Suspended&) = delete;
     Suspended& operator=(const Suspended&) = delete;
-};
-
-// A help line shown for the guard's life.
-class HelpLine {
-  public:
-    explicit HelpLine(std::string_view text);
-    ~HelpLine();
-    HelpLine(const HelpLine&) = delete;
-    HelpLine& operator=(const HelpLine&) = delete;
 };
 
 // Component factories: every text goes through toNewt, so screens never hand EUC-JP to newt.
@@ -153,16 +134,37 @@ newtComponent checkbox(int left, int top, std::string_view text, char defValue =
                        const char* seq = nullptr, char* result = nullptr);
 newtComponent radioButton(int left, int top, std::string_view text, bool isDefault,
                           newtComponent prevButton);
+
+// A group of radio buttons that answers which of them is chosen by position, so that no screen
+// compares newt's component pointers. Each button still has to be added to the form.
+class RadioGroup {
+  public:
+    // A new button after the others; at most one of them should be the default.
+    newtComponent add(std::string_view text, bool isDefault);
+    const std::vector<newtComponent>& buttons() const { return buttons_; }
+    // The position of the chosen button, or -1 while none is chosen.
+    int currentIndex() const;
+
+  private:
+    std::vector<newtComponent> buttons_;
+};
+
 newtComponent entry(int left, int top, std::string_view initial, int width, int flags = 0);
 void setEntryText(newtComponent entry, std::string_view text, bool cursorAtEnd = true);
 // The entry's current text, copied out and converted back to the program's encoding.
 std::string entryText(newtComponent entry);
 newtComponent textbox(int left, int top, int width, int height, int flags, std::string_view text);
 void setTextboxText(newtComponent textbox, std::string_view text);
+// Listboxes keyed by row index, as every list screen uses them: `rows` high, `width` columns wide
+// (0: as wide as its widest row), with newt's listbox flags (NEWT_FLAG_RETURNEXIT for menus).
+newtComponent listbox(int rows, int flags = 0, int width = 0);
 int listboxAppend(newtComponent listbox, std::string_view text, const void* key);
-// Listboxes keyed by row index, as every list screen uses them.
 int listboxAppendIndex(newtComponent listbox, std::string_view text, int index);
-int listboxCurrentIndex(newtComponent listbox);  // -1 when the listbox is empty
+// The index (key) of the current row; -1 when the listbox is empty.
+int listboxCurrentIndex(newtComponent listbox);
+// Makes the row with that index (key) current; nothing happens when no row has it.
+void listboxSetCurrentIndex(newtComponent listbox, int index);
+void listboxClear(newtComponent listbox);
 void listboxSetEntry(newtComponent listbox, int num, std::string_view text);
 void drawRootText(int col, int row, std::string_view text);
 

@@ -103,6 +103,11 @@ std::string breakMarks(std::string_view text) {
     size_t i = 0;
     while (i < text.size()) {
         const auto c = static_cast<unsigned char>(text[i]);
+        // The wrapping rule has always taken every byte above 159 for the first of a two-byte
+        // character, which is not quite EucCharLength (0xA0 starts none there; the single
+        // shifts 0x8E and 0x8F start characters of two and three bytes). The texts wrapped here
+        // come from the message files, which hold JIS X 0208 only, where both agree; the rule
+        // stays as documented so that long messages break where they always have.
         if (c > 159) {
             // First byte of a two-byte EUC-JP character: never a break after it.
             if (i + 1 >= text.size()) {

@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "ui/dialog.h"
+
 namespace {
 
 // newtColors holds non-const pointers but newt only reads the names.
@@ -41,8 +43,12 @@ struct newtColors myColors = {
     name("lightgray"),  // label
     name("white"),
     name("blue"),  // listbox
-    name("black"),
-    name("brown"),  // active listbox
+    // newt draws the current row of a list that does not have the focus in the "active listbox"
+    // colours and the current row of the focused list in the "active selected" ones. The focus
+    // bar is black on brown; the current row of any other list only stands out in yellow, so
+    // that one screen never shows two bars (the base-setting menu has two lists).
+    name("yellow"),
+    name("blue"),  // active listbox: current row of an unfocused list
     name("blue"),
     name("lightgray"),  // textbox
     name("yellow"),
@@ -55,11 +61,14 @@ struct newtColors myColors = {
     name("blue"),  // empty scale, full scale
     name("gray"),
     name("lightgray"),  // disabled entry
+    // newt draws a compact button in this slot while it does NOT have the focus, and in the
+    // button colours while it has: black on light gray reads as text of the window, so the
+    // focused one (yellow on blue) is the only one that looks pressable.
     name("black"),
-    name("brown"),  // compact button
-    // Selected listbox rows (active and not): left unset, the terminal's default colours.
-    nullptr,
-    nullptr,
+    name("lightgray"),  // compact button
+    name("black"),
+    name("brown"),  // active selected listbox: current row of the focused list
+    // Rows marked in a multiple-choice list; no screen has one: the terminal's default colours.
     nullptr,
     nullptr,
 };
@@ -74,10 +83,9 @@ std::string_view orEmpty(const char* text) {
 
 // The message box: text above, one button below; only the button closes it.
 void messageBox(const char* title, const char* buttonText, newtComponent body) {
-    zolui::Window window;
-    zolui::Form form;
-    form.add(body);
-    newtComponent ok = form.add(zolui::button(-1, -1, orEmpty(buttonText)), kButtonId);
+    zolui::Dialog dialog;
+    dialog.add(body);
+    newtComponent ok = dialog.add(zolui::button(-1, -1, orEmpty(buttonText)), kButtonId);
 
     zolui::Grid textCell(1, 1);
     textCell.set(0, 0, body, {}, NEWT_ANCHOR_TOP);
@@ -86,38 +94,33 @@ void messageBox(const char* title, const char* buttonText, newtComponent body) {
     zolui::Grid outer(1, 2);
     outer.set(0, 0, std::move(textCell), {}, NEWT_ANCHOR_TOP);
     outer.set(0, 1, std::move(buttonCell), {0, 1, 0, 0}, NEWT_ANCHOR_TOP);
-    window.openWrapped(outer, orEmpty(title));
-
-    // Ctrl-A and Ctrl-O end other forms; here they are caught so that they do nothing.
-    form.addHotKey(1);
-    form.addHotKey(15);
-    for (;;) {
-        const zolui::RunResult r = form.run();
-        // A terminal that is gone (read error) would otherwise spin here for ever.
-        if (r.isComponent(kButtonId) || r.reason == zolui::RunResult::Reason::Error) {
-            break;
-        }
-    }
+    dialog.open(outer, orEmpty(title), zolui::Closing::HandlersOnly);
+    // Ctrl-A and Ctrl-O end other forms; here they are caught so that they do nothing. (newt
+    // reads the byte Ctrl-A as the Home key, so that one never arrives as itself anyway.)
+    dialog.ignoreKey(1);
+    dialog.ignoreKey(zolui::kCloseKey);
+    dialog.run({{kButtonId, [] { return zolui::Next::Close; }}});
 }
 
 newtComponent chooseButton(const char* title, newtComponent body, newtComponent* buttons,
                            int count) {
-    zolui::Window window;
-    zolui::Form form;
-    form.add(body);
+    zolui::Dialog dialog;
+    dialog.add(body);
     zolui::Grid grid(std::max(count, 1), 2);
     grid.set(0, 0, body, {}, NEWT_ANCHOR_LEFT);
+    zolui::Handlers handlers;
     for (int i = 0; i < count; ++i) {
         if (buttons[i]) {
             grid.set(i, 1, buttons[i], {0, 1, 0, 0}, NEWT_ANCHOR_LEFT);
-            form.add(buttons[i]);
+            dialog.add(buttons[i], i);
+            handlers[i] = [] { return zolui::Next::Close; };
         }
     }
-    window.openWrapped(grid, title ? title : " ");
-    form.addHotKey(15);
-    const zolui::RunResult r = form.run();
+    dialog.open(grid, title ? title : " ");
+    // The form runs once: whatever ends it (a button, Ctrl-O) ends the choice.
+    const int pressed = dialog.run(handlers);
     // The handle is compared by the caller only; the form destroys the buttons on return.
-    return r.reason == zolui::RunResult::Reason::Component ? r.component : nullptr;
+    return pressed >= 0 && pressed < count ? buttons[pressed] : nullptr;
 }
 
 }  // namespace
@@ -174,3 +177,13 @@ newtComponent properTextbox(const char* format, ...) {
     const std::string shown = zolui::fitTextToScreen(text, fitted);
     return zolui::textbox(0, 0, fitted.width + 1, fitted.height, NEWT_FLAG_WRAP, shown);
 }
+
+namespace zolui {
+
+std::string menuRowText(std::string_view label) {
+    std::string row(CutEuc(label, kMenuRowWidth));
+    row.resize(kMenuRowWidth, ' ');
+    return row;
+}
+
+}  // namespace zolui

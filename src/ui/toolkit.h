@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "ui/encoding.h"
 #include "ui/newt_raii.h"
@@ -30,7 +31,8 @@ static_assert(offsetof(RangeEnableRecord, components) < offsetof(RangeEnableReco
               offsetof(RangeEnableRecord, first) < offsetof(RangeEnableRecord, last) &&
               offsetof(RangeEnableRecord, last) < offsetof(RangeEnableRecord, result));
 
-// One record per kind for the whole process: a screen fills it before it registers the callback.
+// One record per kind for the whole process. Screens never fill them by hand: zolui::RangeEnable
+// (below, and Dialog::enableWhileChecked) owns a record for a screen's life.
 extern RangeEnableRecord CheckStruct;     // entries, for CheckButtonFunc
 extern RangeEnableRecord CheckboxStruct;  // checkboxes, for CheckBoxFunc
 
@@ -71,6 +73,35 @@ char* breakLines(char* text, int width, int* lines);
 int addALine(char* out, const char* text, int width, const char* marks);
 
 namespace zolui {
+
+// What a range-enabling checkbox governs: entries (CheckStruct, CheckButtonFunc) or checkboxes
+// and radio buttons (CheckboxStruct, CheckBoxFunc).
+enum class RangeKind { Entries, Checkboxes };
+
+// The owner of one of the two range-enable records: it points the record at `fields`, governed by
+// the checkbox whose result character is *mark, for its own life, and gives the record back as it
+// found it when it ends, so that no record outlives the components it names. A modal screen
+// opened from one that owns the record of the same kind borrows it while it runs.
+class RangeEnable {
+  public:
+    RangeEnable(RangeKind kind, char* mark, std::vector<newtComponent> fields);
+    ~RangeEnable();
+    RangeEnable(const RangeEnable&) = delete;
+    RangeEnable& operator=(const RangeEnable&) = delete;
+
+    // Enables the fields while the checkbox is checked and disables them while it is not.
+    void apply() const;
+
+  private:
+    RangeKind kind_;
+    std::vector<newtComponent> fields_;
+    RangeEnableRecord outer_;
+};
+
+// A menu row: the label padded with blanks and cut to 40 columns on a whole character, as every
+// menu of the program shows its rows.
+inline constexpr std::size_t kMenuRowWidth = 40;
+std::string menuRowText(std::string_view label);
 
 struct TextSize {
     int width = 1;

@@ -5,6 +5,7 @@
 #include <zolwin.h>
 
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -195,24 +196,25 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
 TEST(BaseMenu, ManagerPanelsSwitchTheirMethod) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
-    OpenReportRow(*t, root, 1, "BASE_SUBSIMPLE_TITLE_ID");
+    // Each panel names the method it switches.
+    OpenReportRow(*t, root, 1, "BASE_SUBSIMPLE_INBAND_TITLE_ID");
     EXPECT_TRUE(t->waitForText("[*] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Space);
     ASSERT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Tab);
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_TITLE_ID"))) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_INBAND_TITLE_ID"))) << t->dump();
     EXPECT_EQ(MethodDword(root, "MANAGER (TCP_IP IN-BAND)", "Enable"), 0u);
 
     t->send(keys::Home);
-    OpenReportRow(*t, root, 2, "BASE_SUBSIMPLE_TITLE_ID");
+    OpenReportRow(*t, root, 2, "BASE_SUBSIMPLE_OUTBAND_TITLE_ID");
     EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Space);
     t->send(keys::Tab);
     t->send(keys::Tab);
     ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_TITLE_ID"))) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_OUTBAND_TITLE_ID"))) << t->dump();
     EXPECT_EQ(MethodDword(root, "MANAGER (TCP_IP OUT-OF-BAND)", "Enable"), 0u);
     CloseAll(*t, root);
 }
@@ -300,10 +302,9 @@ TEST(BaseMenu, ShutdownDelay) {
 
 // Adding (letters refused, a bad address and a duplicate warned of), OK storing the list and the
 // switch; a removal stored at once while Cancel drops the additions of the same visit.
-// Presses the focused button of the trap panel. The panel suspends and resumes newt before
-// every run of its form, and a key that arrives in that moment meets the terminal in its cooked
-// mode, which turns Enter (CR) into LF, a key newt ignores. Space presses a newt button too and
-// no terminal mode changes it.
+// Presses the focused button of the trap panel with Space, which presses a newt button as Enter
+// does. (The panel once handed the terminal back before every run of its form, when Enter could
+// meet the terminal in its cooked mode; it now only redraws.)
 static void PressInTrapPanel(zoltest::Terminal& t) {
     t.send(keys::Space);
 }
@@ -312,8 +313,7 @@ TEST(BaseMenu, SnmpTrapList) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
     const std::string addTitle = "┤ " + english(root, "SUBBASE_ADD_TITLE") + " ├";
-    // Focus is on Add: the form keeps it there after each dialog. The panel hands the terminal
-    // back for a moment before every run of its form (see PressInTrapPanel).
+    // Focus is on Add: the form keeps it there after each dialog.
     const auto pressAdd = [&] {
         ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
         PressInTrapPanel(*t);
@@ -418,5 +418,108 @@ TEST(BaseMenu, SnmpTrapListLimits) {
     ASSERT_TRUE(t->waitForNoText(error)) << t->dump();
     t->send(keys::CtrlO);
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
+    CloseAll(*t, root);
+}
+
+// An entry for digits keeps what it shows: a full delay entry erased from the end and retyped
+// holds exactly what was typed, and that is what is stored.
+TEST(BaseMenu, NumberEntryErasedAndRetypedKeepsWhatItShows) {
+    ProductRoot root;
+    auto t = OpenBaseMenu(root);
+    const std::string title = "┤ " + english(root, "BASE_SUB_TITTLE_ID") + " ├";
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(title)) << t->dump();
+    t->send(keys::Space);
+    t->send(keys::Tab);
+    Retype(*t, "12345");
+    // Four digits hold every delay: the fifth is not taken, so nothing hides behind the cursor.
+    const std::string label = english(root, "BASE_SUB_DELAY_ID");
+    ASSERT_TRUE(t->waitForText(label + " 1234_")) << t->dump();
+    t->send(keys::End);
+    for (int i = 0; i < 5; ++i)
+        t->send(keys::Backspace);
+    t->type("60");
+    ASSERT_TRUE(t->waitForText(label + " 60___")) << t->dump();
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 1u);
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Value"), 60u);
+    CloseAll(*t, root);
+}
+
+// A delay another tool stored out of range (5000) is shown as stored and can be switched off:
+// no error box, the value kept.
+TEST(BaseMenu, ShutdownDelayOutOfRangeCanBeSwitchedOff) {
+    ProductRoot root;
+    frametest::zolreg(root, {"add", "HKLM\\" + kMethodKey + "SHUTDOWN DELAY", "/v", "Enable", "/t",
+                             "REG_DWORD", "/d", "1", "/f"});
+    frametest::zolreg(root, {"add", "HKLM\\" + kMethodKey + "SHUTDOWN DELAY", "/v", "Value", "/t",
+                             "REG_DWORD", "/d", "5000", "/f"});
+    auto t = OpenBaseMenu(root);
+    const std::string title = "┤ " + english(root, "BASE_SUB_TITTLE_ID") + " ├";
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(title)) << t->dump();
+    EXPECT_TRUE(t->waitForText("[*] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
+    EXPECT_TRUE(t->contains(english(root, "BASE_SUB_DELAY_ID") + " 5000_")) << t->dump();
+    t->send(keys::Space);
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    EXPECT_FALSE(t->contains(FormatText(english(root, "FUNC_CALL_ERR"), {"PutBaseSetting"})))
+        << t->dump();
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 0u);
+    EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Value"), 5000u);
+    CloseAll(*t, root);
+}
+
+// OK stores the panel's own addition into the list as stored then: an address another process
+// added while the panel was open stays. 0.0.0.0 and 255.255.255.255 are refused in the address
+// dialog, which stays open to take another.
+TEST(BaseMenu, SnmpTrapListKeepsAnotherProcessesAddition) {
+    ProductRoot root;
+    SetTrapDestinations(root, {"192.0.2.1"});
+    auto t = OpenBaseMenu(root);
+    const std::string addTitle = "┤ " + english(root, "SUBBASE_ADD_TITLE") + " ├";
+    OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
+    ASSERT_TRUE(t->waitForText("192.0.2.1")) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
+    PressInTrapPanel(*t);
+    ASSERT_TRUE(t->waitForText(addTitle)) << t->dump();
+    for (const char* unusable : {"0.0.0.0", "255.255.255.255"}) {
+        t->type(unusable);
+        t->send(keys::Tab);
+        t->send(keys::Enter);
+        const std::string refused = english(root, "SNMP_TRAP_ADDRESS_ERR_ID");
+        ASSERT_TRUE(t->waitForText(refused)) << t->dump();
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForNoText(refused)) << t->dump();
+        ASSERT_TRUE(t->contains(addTitle)) << t->dump();
+        t->send(keys::Up);
+        t->send(keys::End);
+        for (std::size_t i = 0; i < std::string_view(unusable).size(); ++i)
+            t->send(keys::Backspace);
+    }
+    t->type("10.0.0.5");
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
+    ASSERT_TRUE(t->waitForText("10.0.0.5")) << t->dump();
+
+    // Meanwhile another process adds an address.
+    SetTrapDestinations(root, {"192.0.2.1", "198.51.100.7"});
+    t->send(keys::Tab);
+    t->send(keys::Tab);
+    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    PressInTrapPanel(*t);
+    ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
+    EXPECT_EQ(TrapDestinations(root),
+              (std::vector<std::string>{"192.0.2.1", "198.51.100.7", "10.0.0.5"}));
     CloseAll(*t, root);
 }

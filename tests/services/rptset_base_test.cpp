@@ -95,6 +95,16 @@ TEST_F(RptsetBaseTest, MethodsSeededReadWrittenAndRefused) {
     EXPECT_NE(set(&unterminated), 0);
     EXPECT_EQ(Snapshot(), before);
 
+    // A delay left out of range (by another tool) can still be switched off; it stays stored.
+    SetDword(kMethods + "\\" + BASE_METHOD_SHUTDOWN, "Value", 5000);
+    BaseData outOfRange = Method(BASE_METHOD_SHUTDOWN);
+    ASSERT_EQ(outOfRange.Value, 5000);
+    EXPECT_NE(set(&outOfRange), 0);  // still on: refused
+    outOfRange.Enable = 0;
+    ASSERT_EQ(set(&outOfRange), 0) << Trace();
+    EXPECT_EQ(Method(BASE_METHOD_SHUTDOWN).Enable, 0);
+    EXPECT_EQ(Method(BASE_METHOD_SHUTDOWN).Value, 5000);
+
     BaseData unknown{};
     std::strcpy(unknown.MethodName, "NO SUCH METHOD");
     unknown.Value = 77;
@@ -222,6 +232,163 @@ TEST_F(RptsetBaseTest, TrapDestinationList) {
         readBack.push_back(b.data());
     ASSERT_NE(get(&count, readBack.data()), 0);
     EXPECT_EQ(std::vector<std::string>(readBack.begin(), readBack.begin() + count), expected);
+}
+
+// The trap screen's changes land on the list as stored at that moment: an address another
+// process added meanwhile is kept, and a change the library refuses changes nothing.
+TEST_F(RptsetBaseTest, TrapDestinationChangesApplyToTheStoredList) {
+    auto* apply = Bind<ApplyTrapDest_fn>("ApplyTrapDest");
+    auto* set = Bind<SetTrapDest_fn>("SetTrapDest");
+    auto* get = Bind<GetTrapDest_fn>("GetTrapDest");
+    auto stored = [&] {
+        std::vector<std::vector<char>> buffers(TRAP_DEST_MAX, std::vector<char>(TRAP_DEST_SIZE));
+        std::vector<char*> list;
+        for (auto& b : buffers)
+            list.push_back(b.data());
+        int count = 0;
+        EXPECT_NE(get(&count, list.data()), 0);
+        return std::vector<std::string>(list.begin(), list.begin() + count);
+    };
+    auto call = [&](std::vector<std::string> added, std::vector<std::string> removed) {
+        std::vector<char*> a, r;
+        for (auto& s : added)
+            a.push_back(s.data());
+        for (auto& s : removed)
+            r.push_back(s.data());
+        return apply(static_cast<int>(a.size()), a.data(), static_cast<int>(r.size()), r.data());
+    };
+    std::string first = "192.0.2.1", second = "192.0.2.2";
+    char* seed[] = {first.data(), second.data()};
+    ASSERT_NE(set(2, seed), 0);
+    // Meanwhile another process adds one.
+    std::string other = "198.51.100.7";
+    char* withOther[] = {first.data(), second.data(), other.data()};
+    ASSERT_NE(set(3, withOther), 0);
+
+    ASSERT_NE(call({"192.0.2.9", "192.0.2.2"}, {"192.0.2.1", "203.0.113.1"}), 0) << Trace();
+    EXPECT_EQ(stored(), (std::vector<std::string>{"192.0.2.2", "198.51.100.7", "192.0.2.9"}));
+    ASSERT_NE(call({}, {}), 0);
+
+    const std::string before = Snapshot();
+    for (const char* unusable : {"0.0.0.0", "255.255.255.255"})
+        EXPECT_EQ(call({"192.0.2.10", unusable}, {}), 0) << unusable;
+    EXPECT_EQ(call({""}, {}), 0);
+    EXPECT_EQ(call({std::string(TRAP_DEST_SIZE, '1')}, {}), 0);
+    EXPECT_EQ(apply(-1, nullptr, 0, nullptr), 0);
+    EXPECT_EQ(apply(1, nullptr, 0, nullptr), 0);
+    std::vector<std::string> tooMany;
+    for (int i = 0; i < TRAP_DEST_MAX - 2; ++i)
+        tooMany.push_back("10.0." + std::to_string(i / 256) + "." + std::to_string(i % 256));
+    EXPECT_EQ(call(tooMany, {}), 0);  // 3 stored + 254 would be 257
+    EXPECT_EQ(Snapshot(), before);
+    ASSERT_NE(call(tooMany, {"192.0.2.9"}), 0);  // a removal makes room
+    EXPECT_EQ(stored().size(), std::size_t{TRAP_DEST_MAX});
+}
+
+// The service's switch and method in one write: only the chosen method's record is on, and only
+// while the service is; switching off keeps the method; refusals write nothing.
+TEST_F(RptsetBaseTest, ServiceSwitchAndMethodTogether) {
+    auto* setReport = Bind<AMSetVntReport_fn>("AMSetVntReport");
+    auto* getMethod = Bind<AMGetVntMethod_fn>("AMGetVntMethod");
+    const char* records[] = {"VantrelReport(Internet Mail)", "VantrelReport(Dial-up)",
+                             "VantrelReport(TransToManager)", "VantrelReport(HTTPS)"};
+    auto enabled = [&] {
+        std::string out;
+        for (const char* name : records)
+            out += std::to_string(Method(name).Enable);
+        return out;
+    };
+    int method = -1;
+    ASSERT_EQ(setReport(VANTREL_HTTPS, 1), 0) << Trace();
+    ASSERT_EQ(getMethod(&method), 0);
+    EXPECT_EQ(method, VANTREL_HTTPS);
+    EXPECT_EQ(enabled(), "0001");
+    ASSERT_EQ(setReport(VANTREL_DIALUP, 1), 0);
+    EXPECT_EQ(enabled(), "0100");
+    ASSERT_EQ(setReport(-1, 0), 0);
+    ASSERT_EQ(getMethod(&method), 0);
+    EXPECT_EQ(method, VANTREL_DIALUP);
+    EXPECT_EQ(enabled(), "0000");
+
+    const std::string before = Snapshot();
+    for (auto [m, on] : {std::pair{-1, 1}, std::pair{4, 0}, std::pair{-2, 0}, std::pair{0, 2}})
+        EXPECT_EQ(setReport(m, on), -1) << m << " " << on;
+    EXPECT_EQ(Snapshot(), before);
+
+    // A missing record means off; it is made only to switch its method on.
+    HKEY methods = nullptr;
+    ASSERT_EQ(RegOpenKeyEx(HKEY_LOCAL_MACHINE, kMethods.c_str(), 0, KEY_ALL_ACCESS, &methods), 0);
+    ASSERT_EQ(RegDeleteKey(methods, records[VANTREL_INTERNETMAIL]), 0);
+    RegCloseKey(methods);
+    ASSERT_EQ(setReport(VANTREL_HTTPS, 0), 0);
+    BaseData absent{};
+    std::strcpy(absent.MethodName, records[VANTREL_INTERNETMAIL]);
+    EXPECT_EQ(Bind<GetBaseSetting_fn>("GetBaseSetting")(&absent), ERROR_FILE_NOT_FOUND);
+    ASSERT_EQ(setReport(VANTREL_INTERNETMAIL, 1), 0) << Trace();
+    EXPECT_EQ(enabled(), "1000");
+}
+
+// Each half of the mail logins lands whole or not at all, passwords only encoded and never in
+// the trace; a write that cannot begin its transaction writes nothing.
+TEST_F(RptsetBaseTest, MailLoginsWrittenWhole) {
+    auto* write = Bind<AMAMSetMailLogin_fn>("AMAMSetMailLogin");
+    const std::string key =
+        "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
+    auto text = [&](const char* name) {
+        HKEY handle = nullptr;
+        char data[REG_TEXT_SIZE] = "?";
+        DWORD type = 0, size = sizeof data;
+        if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &handle) == 0) {
+            RegQueryValueEx(handle, name, nullptr, &type, reinterpret_cast<BYTE*>(data), &size);
+            RegCloseKey(handle);
+        }
+        return std::string(data);
+    };
+    POPParam pop{};
+    std::strcpy(pop.Server, "pop.example.com");
+    std::strcpy(pop.User, "alice");
+    std::strcpy(pop.Password, "s3cret-pop");
+    pop.Port = 995;
+    SMTPParam smtp{};
+    std::strcpy(smtp.User, "bob");
+    std::strcpy(smtp.Password, "s3cret-smtp");
+    ASSERT_NE(write(&pop, 60, &smtp), 0) << Trace();
+    EXPECT_EQ(text("POPServer") + "|" + text("POPUser") + "|" + text("SMTPAuthUser"),
+              "pop.example.com|alice|bob");
+    for (const auto& [name, plain] :
+         {std::pair{"POPPass", "s3cret-pop"}, std::pair{"SMTPAuthPass", "s3cret-smtp"}}) {
+        std::string stored = text(name);
+        EXPECT_NE(stored, plain);
+        Ras_Decode(stored.data(), static_cast<int>(stored.size()));
+        EXPECT_EQ(stored, plain);
+    }
+    EXPECT_EQ(Trace().find("s3cret"), std::string::npos);
+
+    // One half alone leaves the other as stored.
+    std::strcpy(smtp.User, "carol");
+    ASSERT_NE(write(nullptr, 0, &smtp), 0);
+    EXPECT_EQ(text("SMTPAuthUser") + "|" + text("POPUser"), "carol|alice");
+
+    const std::string before = Snapshot();
+    POPParam badPort = pop;
+    badPort.Port = 0;
+    POPParam unterminated = pop;
+    std::memset(unterminated.User, 'u', sizeof unterminated.User);
+    SMTPParam badSmtp = smtp;
+    std::memset(badSmtp.Password, 'p', sizeof badSmtp.Password);
+    EXPECT_EQ(write(&badPort, 0, &smtp), 0);
+    EXPECT_EQ(write(&pop, 61, &smtp), 0);
+    EXPECT_EQ(write(&unterminated, 0, nullptr), 0);
+    EXPECT_EQ(write(&pop, 0, &badSmtp), 0);  // the valid POP half is not written either
+    EXPECT_EQ(write(nullptr, 0, nullptr), 0);
+    // A transaction that cannot begin (inside one already rolled back) writes nothing.
+    ASSERT_EQ(ZolRegBeginTransaction(), ERROR_SUCCESS);
+    ASSERT_EQ(ZolRegBeginTransaction(), ERROR_SUCCESS);
+    ASSERT_EQ(ZolRegRollbackTransaction(), ERROR_SUCCESS);
+    std::strcpy(pop.User, "mallory");
+    EXPECT_EQ(write(&pop, 0, nullptr), 0);
+    ZolRegRollbackTransaction();
+    EXPECT_EQ(Snapshot(), before);
 }
 
 TEST_F(RptsetBaseTest, DeliveryMethodAndOpeningReport) {

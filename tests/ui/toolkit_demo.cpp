@@ -42,7 +42,8 @@ std::string rangeEnable(bool governsCheckboxes) {
     char checked = ' ';  // newt writes the checkbox's state here; it outlives the form
     char subResults[2] = {' ', ' '};
     newtComponent fields[2] = {};
-    RangeEnableRecord& record = governsCheckboxes ? CheckboxStruct : CheckStruct;
+    const zolui::RangeKind kind =
+        governsCheckboxes ? zolui::RangeKind::Checkboxes : zolui::RangeKind::Entries;
     newtCallback callback = governsCheckboxes ? CheckBoxFunc : CheckButtonFunc;
     std::string outcome;
     {
@@ -62,9 +63,9 @@ std::string rangeEnable(bool governsCheckboxes) {
             .set(0, 2, fields[1], {}, NEWT_ANCHOR_LEFT)
             .set(0, 3, ok, {0, 1, 0, 0});
         window.openWrapped(grid, "Range");
-        record = {fields, 0, 1, &checked};
+        const zolui::RangeEnable range(kind, &checked, {fields[0], fields[1]});
         newtComponentAddCallback(box, callback, nullptr);
-        callback(box, nullptr);  // start with the fields matching the unchecked box
+        range.apply();  // start with the fields matching the unchecked box
         while (!form.run().isComponent(1)) {
         }
         if (governsCheckboxes) {
@@ -74,7 +75,6 @@ std::string rangeEnable(bool governsCheckboxes) {
         }
         outcome += std::string(" check=") + checked;
     }
-    record = {nullptr, 0, -1, nullptr};
     return outcome;
 }
 
@@ -132,12 +132,14 @@ int main(int argc, char** argv) {
     std::setlocale(LC_ALL, "");
     zolui::SetJapaneseText(GetSystemDefaultLangID() == 1041);
     std::string outcome;
-    {
-        zolui::Screen screen;
-        for (int i = 1; i < argc; ++i) {
-            outcome += kScenarios.at(argv[i])() + "\n";
-        }
+    // The screen as the program sets it up: locale first (above), then newt and the palette.
+    newtInit();
+    newtCls();
+    newtSetColors(myColors);
+    for (int i = 1; i < argc; ++i) {
+        outcome += kScenarios.at(argv[i])() + "\n";
     }
+    newtFinished();
     std::printf("%s", outcome.c_str());
     return 0;
 }

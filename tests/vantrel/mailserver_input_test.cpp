@@ -15,7 +15,7 @@ const std::string k256(256, 'a');
 const std::string k257(257, 'a');
 
 std::string describe(const std::optional<mailinput::Refusal>& r) {
-    return r ? std::string(r->messageId ? r->messageId : "(shown)") : "accepted";
+    return r ? std::string(r->messageId) : "accepted";
 }
 
 }  // namespace
@@ -72,7 +72,9 @@ TEST(MailServerInput, MailBaseLimitsKeepTheRestOfTheRecord) {
     } rows[] = {
         {{k257, "25", "a@b"}, "IMAIL_BASE_SMTP_ERR2"},
         {{"mail", "65536", "a@b"}, "IMAIL_BASE_PORT_ERR1"},
-        {{"mail", "587", "bad"}, "(shown)"},
+        {{"mail", "587", "bad"}, "IMAIL_BASE_MLFROM_ERR1"},
+        {{"mail", "587", "a b@c"}, "IMAIL_BASE_MLFROM_ERR1"},
+        {{"mail", "587", std::string(81, 'a') + "@b"}, "IMAIL_DEST_MLTO_ERR3"},
         {{"mail", "587", "  ops@example.com "}, "accepted"},
     };
     for (const Row& row : rows) {
@@ -80,9 +82,16 @@ TEST(MailServerInput, MailBaseLimitsKeepTheRestOfTheRecord) {
         std::strcpy(record.SMTPServer, "old");
         record.DateFormat = record.SMTPAuth = 1;
         const auto refusal = mailinput::CheckMailBaseInput(
-            row.in, [](const std::string&) { return 0; },
-            [](const std::string& s) { return s.find('@') != std::string::npos; }, &record);
+            row.in, [](const std::string&) { return 0; }, &record);
         EXPECT_EQ(describe(refusal), row.expected);
+        // The sender's refusals come in the box the mail checks have always used.
+        const std::string id = row.expected;
+        if (refusal) {
+            EXPECT_EQ(refusal->box, id.find("_ML") != std::string::npos
+                                        ? mailinput::Box::MailAddress
+                                        : mailinput::Box::Warning)
+                << id;
+        }
         EXPECT_STREQ(record.SMTPServer, refusal ? "old" : "mail");
         EXPECT_EQ(record.DateFormat + record.SMTPAuth, 2u);
     }

@@ -77,10 +77,22 @@ typedef int AMBIMyIPCheck_fn(const char* text);
 typedef int GetTrapDest_fn(int* count, char** list);
 typedef int SetTrapDest_fn(int count, char** list);
 typedef int DelDest_fn(int* count, const char* address, char** list);
+/* Applies a visit's changes to the list as stored now, in one transaction: removes each address of
+ * removed[0..removeCount-1] that is stored, then appends each of added[0..addCount-1] that is
+ * not. Refuses (0, nothing written) counts outside 0 to 256, an entry that is null, empty or 256
+ * bytes or longer, an addition of 0.0.0.0 or 255.255.255.255, and a list that would grow past
+ * 256 entries. Nonzero on success. */
+typedef int ApplyTrapDest_fn(int addCount, char** added, int removeCount, char** removed);
 
 /* Remote report delivery method (VANTREL_*). 0 on success. */
 typedef int AMGetVntMethod_fn(int* method);
 typedef int AMSetVntMethod_fn(int method);
+/* The delivery method and the service's switch in one transaction: the method is stored (-1
+ * keeps the stored one, allowed only with enabled 0) and of the base-setting records
+ * "VantrelReport(...)" of the four methods the chosen method's is enabled when enabled is 1,
+ * every other stored one is switched off (a missing record is created only to switch it on).
+ * 0 on success; -1 refused or failed, nothing written. */
+typedef int AMSetVntReport_fn(int method, int enabled);
 /* Forgets that the opening report was sent. 0 on success. */
 typedef int AMResetOpenSet_fn(void);
 /* 1 when the opening report has been sent, else 0. */
@@ -93,6 +105,13 @@ typedef int AMAMRegReadEx_fn(HKEY root, const char* key, const char* value, DWOR
                              DWORD size);
 typedef int AMAMRegWrite_fn(HKEY root, const char* key, const char* value, DWORD type,
                             const void* data, DWORD size);
+/* The mail-server logins of the internet-mail delivery, each half whole: the POP before SMTP
+ * record with its wait in seconds (when pop is not null) and the SMTP authentication record (when
+ * smtp is not null), in one transaction. Passwords are given plain and stored encoded with
+ * Ras_Encode; no value reaches the trace log. Refuses (0, nothing written) two null records, a
+ * text without its terminator, a port outside 1 to 65535 and a wait above 60. Nonzero on
+ * success. */
+typedef int AMAMSetMailLogin_fn(const POPParam* pop, DWORD popWait, const SMTPParam* smtp);
 
 /* ---- Event monitoring ----
  * The catalogue readers hand back a malloc'd array of malloc'd records; each record's

@@ -134,7 +134,9 @@ const char* RefusalOf(const BaseData& record) {
         return "Option has no terminator";
     if (record.Enable != 0 && record.Enable != 1)
         return "Enable is neither 0 nor 1";
-    if (rptset::EqualsNoCase(record.MethodName, BASE_METHOD_SHUTDOWN) &&
+    // Only a delay that is switched on must be one: switching a delay off keeps whatever value
+    // was stored, even one that an older release or another tool left out of range.
+    if (rptset::EqualsNoCase(record.MethodName, BASE_METHOD_SHUTDOWN) && record.Enable == 1 &&
         (record.Value < 0 || record.Value > kShutdownDelayMax)) {
         return "the shutdown delay is outside 0 to 1800";
     }

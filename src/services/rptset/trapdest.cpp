@@ -1,7 +1,10 @@
 // rptset.dll: the SNMP trap destination list, kept whole in one REG_MULTI_SZ value (TrapDest)
-// of the SNMP method's key, so that every change of the list is a single write.
+// of the SNMP method's key, so that every change of the list is a single write. The trap screen
+// applies what it changed to the list as stored at that moment, so that an address another
+// process added meanwhile is kept.
 #include <zolwin.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <type_traits>
@@ -131,6 +134,39 @@ LONG RemoveFromStored(const char* address) {
     return transaction.Commit();
 }
 
+// Addresses no manager can have: "this host" and the limited broadcast.
+bool UnusableAddress(const char* entry) {
+    return std::strcmp(entry, "0.0.0.0") == 0 || std::strcmp(entry, "255.255.255.255") == 0;
+}
+
+// Applies removals, then additions, to the list as stored now, in one transaction. An address to
+// remove that is no longer stored and one to add that is stored already change nothing; a list
+// that would grow past TRAP_DEST_MAX is refused whole (ERROR_MORE_DATA).
+LONG ApplyToStored(const TrapList& added, const TrapList& removed) {
+    rptset::Transaction transaction;
+    LONG rc = transaction.status();
+    if (rc != ERROR_SUCCESS)
+        return rc;
+    TrapList stored;
+    if ((rc = ReadList(&stored)) != ERROR_SUCCESS)
+        return rc;
+    const TrapList before = stored;
+    for (const std::string& address : removed) {
+        const auto it = std::find(stored.begin(), stored.end(), address);
+        if (it != stored.end())
+            stored.erase(it);
+    }
+    for (const std::string& address : added) {
+        if (std::find(stored.begin(), stored.end(), address) == stored.end())
+            stored.push_back(address);
+    }
+    if (stored.size() > TRAP_DEST_MAX)
+        return ERROR_MORE_DATA;
+    if (stored != before && (rc = WriteList(stored)) != ERROR_SUCCESS)
+        return rc;
+    return transaction.Commit();
+}
+
 void CopyEntry(char* buffer, const std::string& entry) {
     std::memcpy(buffer, entry.c_str(), entry.size() + 1);
 }
@@ -217,3 +253,30 @@ extern "C" ZOLWIN_API int DelDest(int* count, const char* address, char** list) 
     return 1;
 }
 static_assert(std::is_same_v<decltype(DelDest), DelDest_fn>);
+
+extern "C" ZOLWIN_API int ApplyTrapDest(int addCount, char** added, int removeCount,
+                                        char** removed) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> added=%d removed=%d", addCount, removeCount);
+    TrapList additions;
+    TrapList removals;
+    const char* why = ListFromCaller(addCount, added, &additions);
+    if (why == nullptr)
+        why = ListFromCaller(removeCount, removed, &removals);
+    for (const std::string& address : additions) {
+        if (why == nullptr && UnusableAddress(address.c_str()))
+            why = "0.0.0.0 or 255.255.255.255 as a destination";
+    }
+    if (why != nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<refused: %s.return 0.", why);
+        return 0;
+    }
+    const LONG rc = ApplyToStored(additions, removals);
+    if (rc != ERROR_SUCCESS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<change of %s failed (%d).return 0.", kTrapDestValue,
+                  static_cast<int>(rc));
+        return 0;
+    }
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 1.");
+    return 1;
+}
+static_assert(std::is_same_v<decltype(ApplyTrapDest), ApplyTrapDest_fn>);
