@@ -17,6 +17,7 @@
 #include "frame/screens.h"
 #include "frame/startup.h"
 #include "ui/dialog.h"
+#include "ui/encoding.h"
 #include "ui/toolkit.h"
 
 char szMailTo[VNT_MAILTO_SIZE] = {};
@@ -166,7 +167,7 @@ int GetDataFromFD(DestData* record, HMODULE lib) {
     if (method == VANTREL_INTERNETMAIL) {
         std::string message;
         if (!InitMLDestSetting(lib, &message))
-            message = std::string(checks::CutEuc(Text("IDS_VX_SET_NODATA"), kNoDataSize - 1));
+            message = std::string(zolui::CutEuc(Text("IDS_VX_SET_NODATA"), kNoDataSize - 1));
         OpenMsg = message;
     } else if (method > VANTREL_HTTPS || method < 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<unsupport Method.return %d", -1);
@@ -209,7 +210,7 @@ int SureWindow(const char* text) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
     std::string line;
     try {
-        line = checks::CutEuc(text != nullptr ? text : "", kSureTextSize - 1);
+        line = zolui::CutEuc(text != nullptr ? text : "", kSureTextSize - 1);
     } catch (const std::bad_alloc&) {
         ZOL_TRACE(TRACE_LEVEL_FAILURE, "<malloc line failed.return -1.");
         return -1;

@@ -11,6 +11,7 @@
 #include "destination/destination.h"
 #include "frame/checks.h"
 #include "frame/textformat.h"
+#include "ui/encoding.h"
 
 namespace {
 
@@ -82,7 +83,7 @@ std::string RefusalText(const Refusal& refusal, const TextOf& text) {
 }
 
 void CopyField(char* field, std::size_t size, std::string_view text) {
-    const std::string_view kept = checks::CutEuc(text, size - 1);
+    const std::string_view kept = zolui::CutEuc(text, size - 1);
     std::memcpy(field, kept.data(), kept.size());
     field[kept.size()] = '\0';
 }
@@ -165,7 +166,7 @@ std::vector<std::string> BuildMethodList(const char (*ids)[DEST_TEXT_SIZE], int 
 }
 
 std::string ListRow(std::string_view text, int width) {
-    std::string row(checks::CutEuc(text, static_cast<std::size_t>(width)));
+    std::string row(zolui::CutEuc(text, static_cast<std::size_t>(width)));
     row.resize(static_cast<std::size_t>(width), ' ');
     return row;
 }

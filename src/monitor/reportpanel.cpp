@@ -10,6 +10,7 @@
 
 #include "frame/checks.h"
 #include "frame/msgfile.h"
+#include "ui/encoding.h"
 #include "ui/toolkit.h"
 
 // ---- Destination IDs ----
@@ -94,7 +95,7 @@ std::string DealMethodShown(const char* stored) {
 }
 
 int ApplyDealMethod(char (&stored)[sizeof AgentEventData::DealMethod], std::string_view entry) {
-    const std::string_view typed = checks::CutEuc(entry, kDealMethodMax);
+    const std::string_view typed = zolui::CutEuc(entry, kDealMethodMax);
     const std::string_view current(stored, strnlen(stored, kDealMethodMax));
     if (typed == current)
         return 0;

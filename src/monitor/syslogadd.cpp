@@ -12,6 +12,7 @@
 #include "frame/rptset_calls.h"
 #include "monitor/monitor.h"
 #include "ui/dialog.h"
+#include "ui/encoding.h"
 #include "ui/toolkit.h"
 
 bool IsSyslogEventID(std::string_view id) {
@@ -50,7 +51,7 @@ namespace {
 
 // Copies text into a field of `size` bytes, cut to fit on a whole character.
 void CopyField(char* field, std::size_t size, std::string_view text) {
-    const std::string_view cut = checks::CutEuc(text, size - 1);
+    const std::string_view cut = zolui::CutEuc(text, size - 1);
     std::memcpy(field, cut.data(), cut.size());
     field[cut.size()] = '\0';
 }
@@ -99,7 +100,7 @@ void TraceFault(const char* fault, int keyword) {
 SyslogAddInput Gather(const AddFields& fields, const std::string& fixedSource) {
     SyslogAddInput input;
     input.source = fields.source != nullptr
-                       ? std::string(checks::CutEuc(zolui::entryText(fields.source), kSourceMax))
+                       ? std::string(zolui::CutEuc(zolui::entryText(fields.source), kSourceMax))
                        : fixedSource;
     input.eventID = zolui::entryText(fields.eventID);
     for (int i = 0; i < 3; ++i)
