@@ -92,16 +92,10 @@ zolui::Grid NumberRows(zolui::Dialog& dialog, const ScheduleForm& form) {
 ScheduleForm OpenScheduleForm(zolui::Dialog& dialog, const DestData& record,
                               const std::string& shown) {
     ScheduleForm form{};
-    form.interval =
-        dialog.add(zolui::entry(-1, -1, std::to_string(record.RetryInterval), kIntervalWidth));
-    form.retryTime =
-        dialog.add(zolui::entry(-1, -1, std::to_string(record.RetryTime), kRetryTimeWidth));
+    // Number entries keep what they show however they are edited (see Dialog::numberEntry).
+    form.interval = dialog.numberEntry(std::to_string(record.RetryInterval), kIntervalWidth);
+    form.retryTime = dialog.numberEntry(std::to_string(record.RetryTime), kRetryTimeWidth);
     form.hours = dialog.add(zolui::entry(-1, -1, shown, kHoursWidth, NEWT_FLAG_SCROLL));
-    for (newtComponent number : {form.interval, form.retryTime}) {
-        dialog.form().setFilter(number, [](int ch, int cursor) {
-            return EntryNumricFilter(nullptr, nullptr, ch, cursor);
-        });
-    }
     dialog.form().setFilter(form.hours, [](int ch, int cursor) {
         return EntryScheduleFilter(nullptr, nullptr, ch, cursor);
     });

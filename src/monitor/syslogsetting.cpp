@@ -241,10 +241,8 @@ zolui::Grid ItemRows(zolui::Dialog& dialog, const SyslogData& record, Variant va
     dialog.form().setFilter(fields.timeTable, [](int ch, int cursor) {
         return EntryScheduleFilter(nullptr, nullptr, ch, cursor);
     });
-    fields.count = dialog.add(zolui::entry(-1, -1, std::to_string(record.Count), kCountWidth));
-    dialog.form().setFilter(fields.count, [](int ch, int cursor) {
-        return EntryNumricFilter(nullptr, nullptr, ch, cursor);
-    });
+    // Keeps what it shows however it is edited (see Dialog::numberEntry).
+    fields.count = dialog.numberEntry(std::to_string(record.Count), kCountWidth);
     const bool admin = variant == Variant::Administrator;
     zolui::Grid rows(1, admin ? 7 : 6);
     int at = 0;
