@@ -28,10 +28,11 @@ struct AgentListView {
     newtComponent sources = nullptr;
     newtComponent wholeSource = nullptr;
     newtComponent oneEvent = nullptr;
+    zolui::RadioGroup scope;  // whole source (row 0) or one entry (row 1)
     newtComponent events = nullptr;
     newtComponent trapBox = nullptr;
 
-    bool wholeSourceChosen() const { return newtRadioGetCurrent(oneEvent) == wholeSource; }
+    bool wholeSourceChosen() const { return scope.currentIndex() == 0; }
     // The current source's name; empty when the list is empty.
     std::string currentSource() const {
         const int row = zolui::listboxCurrentIndex(sources);
@@ -108,11 +109,9 @@ zolui::Grid BuildAgentList(zolui::Dialog& dialog, AgentListView& view) {
     view.sources = OneLineList(dialog);
     for (std::size_t i = 0; i < view.catalogue.sourceNames.size(); ++i)
         zolui::listboxAppendIndex(view.sources, view.catalogue.sourceNames[i], static_cast<int>(i));
-    newtListboxSetCurrent(view.sources, 0);
-    view.wholeSource =
-        dialog.add(zolui::radioButton(-1, -1, MessageText("AGENT_RADIO_ON_ID"), false, nullptr));
-    view.oneEvent = dialog.add(
-        zolui::radioButton(-1, -1, MessageText("AGENT_RADIO_OFF_ID"), true, view.wholeSource));
+    zolui::listboxSetCurrentIndex(view.sources, 0);
+    view.wholeSource = dialog.add(view.scope.add(MessageText("AGENT_RADIO_ON_ID"), false));
+    view.oneEvent = dialog.add(view.scope.add(MessageText("AGENT_RADIO_OFF_ID"), true));
     view.events = OneLineList(dialog);
     view.trapBox = dialog.add(zolui::textbox(-1, -1, kTrapWidth, 1, 0, ""));
     newtComponent set =

@@ -88,10 +88,11 @@ struct SyslogListView {
     newtComponent sources = nullptr;
     newtComponent wholeSource = nullptr;
     newtComponent oneItem = nullptr;
+    zolui::RadioGroup scope;  // whole source (row 0) or one entry (row 1)
     newtComponent items = nullptr;
     newtComponent trapBox = nullptr;
 
-    void SyncRadio() { IsForSource = newtRadioGetCurrent(oneItem) == wholeSource ? 1 : 0; }
+    void SyncRadio() { IsForSource = scope.currentIndex() == 0 ? 1 : 0; }
     std::string currentSource() const {
         const int row = zolui::listboxCurrentIndex(sources);
         const auto& names = catalogue.sourceNames;
@@ -153,7 +154,7 @@ void RefillSources(SyslogListView& view) {
     newtListboxClear(view.sources);
     for (std::size_t i = 0; i < view.catalogue.sourceNames.size(); ++i)
         zolui::listboxAppendIndex(view.sources, view.catalogue.sourceNames[i], static_cast<int>(i));
-    newtListboxSetCurrent(view.sources, 0);
+    zolui::listboxSetCurrentIndex(view.sources, 0);
     if (view.IsForSource == 0)
         CheckListboxFunc(view);
     newtDrawForm(view.form);
@@ -313,11 +314,9 @@ zolui::Grid BuildSyslogList(zolui::Dialog& dialog, SyslogListView& view) {
     view.sources = OneLineList(dialog, kSourceWidth);
     for (std::size_t i = 0; i < view.catalogue.sourceNames.size(); ++i)
         zolui::listboxAppendIndex(view.sources, view.catalogue.sourceNames[i], static_cast<int>(i));
-    newtListboxSetCurrent(view.sources, 0);
-    view.wholeSource =
-        dialog.add(zolui::radioButton(-1, -1, MessageText("AGENT_RADIO_ON_ID"), false, nullptr));
-    view.oneItem = dialog.add(
-        zolui::radioButton(-1, -1, MessageText("AGENT_RADIO_OFF_ID"), true, view.wholeSource));
+    zolui::listboxSetCurrentIndex(view.sources, 0);
+    view.wholeSource = dialog.add(view.scope.add(MessageText("AGENT_RADIO_ON_ID"), false));
+    view.oneItem = dialog.add(view.scope.add(MessageText("AGENT_RADIO_OFF_ID"), true));
     view.items = OneLineList(dialog, kItemWidth);
     newtComponent test = button("AGENT_BUTTON_TEST_ID", kTestId);
     view.trapBox = dialog.add(zolui::textbox(-1, -1, kTrapWidth, kTrapHeight, NEWT_FLAG_WRAP, ""));
