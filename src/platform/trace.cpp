@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
 #include <string>
 
@@ -48,14 +47,13 @@ TraceState& state() {
     return *s;
 }
 
-const char* baseName(const char* file) {
-    if (file == nullptr || *file == '\0')
-        return "?";
-    const char* slash = std::strrchr(file, '/');
-    return slash != nullptr ? slash + 1 : file;
+// The unit as the caller names it: ZOL_TRACE passes its path below src/ ("frame/menu.cpp",
+// "services/rptset/basesetting.cpp"), which tells apart units that share a file name.
+const char* unitName(const char* file) {
+    return file == nullptr || *file == '\0' ? "?" : file;
 }
 
-// "2026-11-21 05:04:17.123 [12345] L1 menu.cpp:EditParameter:123 "
+// "2026-11-21 05:04:17.123 [12345] L1 frame/menu.cpp:EditParameter:123 "
 std::string linePrefix(int level, const char* file, const char* function, int line) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
@@ -67,7 +65,7 @@ std::string linePrefix(int level, const char* file, const char* function, int li
     snprintf(head.data(), head.size(), "%s.%03ld [%ld] L%d ", stamp.data(),
              static_cast<long>(now.tv_nsec / 1000000), static_cast<long>(getpid()), level);
     std::string prefix = head.data();
-    prefix += baseName(file);
+    prefix += unitName(file);
     prefix += ':';
     prefix += function != nullptr && *function != '\0' ? function : "?";
     prefix += ':';
