@@ -222,18 +222,11 @@ std::optional<Value> Key::value(const std::string& name) const {
 }
 
 Transaction::Transaction() {
-    check(ZolRegBeginTransaction());
-    active_ = true;
-}
-
-Transaction::~Transaction() {
-    if (active_)
-        ZolRegRollbackTransaction();
+    check(tx_.status());
 }
 
 void Transaction::commit() {
-    active_ = false;
-    check(ZolRegCommitTransaction());
+    check(tx_.commit());
 }
 
 void deleteTree(const std::string& sub) {
