@@ -5,10 +5,10 @@
 #include <zolwin.h>
 
 #include "records.h"
+#include "regpaths.h"
 
 // Key of every value below, under HKEY_LOCAL_MACHINE.
-inline constexpr const char* kMailLoginKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
+inline constexpr const char* kMailLoginKey = ZOL_KEY_MAIL_SETTING;
 
 // The POP port and wait time a login starts with when nothing is stored.
 inline constexpr DWORD kDefaultPopPort = 110;

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "product_root.h"
+#include "regpaths.h"
 #include "zolwin.h"
 
 namespace {
@@ -87,7 +88,7 @@ TEST(IsZOLntserverReady, OnlyForAGoodStoreHoldingTheManagersKey) {
 
     ASSERT_EQ(ZolRegCreateStore(), ERROR_SUCCESS);
     HKEY key = nullptr;
-    for (const char* path : {"SOFTWARE\\Tavik\\VNTService", "SOFTWARE\\Tavik\\ZolAlertMan"}) {
+    for (const char* path : {ZOL_KEY_VNTSERVICE, ZOL_KEY_ALERTMAN}) {
         EXPECT_FALSE(IsZOLntserverReady()) << "before " << path;
         ASSERT_EQ(RegCreateKey(HKEY_LOCAL_MACHINE, path, &key), 0);
         RegCloseKey(key);

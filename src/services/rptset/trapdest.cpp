@@ -7,13 +7,13 @@
 #include <type_traits>
 #include <vector>
 
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
 
-constexpr const char* kSnmpMethodKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method\\" BASE_METHOD_SNMP;
+constexpr const char* kSnmpMethodKey = ZOL_KEY_METHOD "\\" BASE_METHOD_SNMP;
 constexpr const char* kTrapDestValue = "TrapDest";
 
 using TrapList = std::vector<std::string>;
@@ -95,7 +95,7 @@ LONG WriteList(const TrapList& list) {
         data += '\0';
     }
     data += '\0';
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
@@ -106,14 +106,14 @@ LONG WriteList(const TrapList& list) {
                            reinterpret_cast<const BYTE*>(data.data()),
                            static_cast<DWORD>(data.size()));
     }
-    return rc == ERROR_SUCCESS ? transaction.Commit() : rc;
+    return rc == ERROR_SUCCESS ? transaction.commit() : rc;
 }
 
 // Removes the first stored entry equal to address. The rest of the stored list is kept as
 // stored: the caller's array may hold additions not yet confirmed, which a removal must not save.
 // An address that is only in the caller's array leaves the store as it is.
 LONG RemoveFromStored(const char* address) {
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
@@ -128,7 +128,7 @@ LONG RemoveFromStored(const char* address) {
             break;
         }
     }
-    return transaction.Commit();
+    return transaction.commit();
 }
 
 void CopyEntry(char* buffer, const std::string& entry) {

@@ -15,15 +15,15 @@
 
 #include "dest_fields.h"
 #include "dest_store.h"
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
 
-constexpr const char* kAddressKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\VantrelReport\\Address";
-constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
-constexpr const char* kSetupKey = "SOFTWARE\\Tavik\\VNTService\\SETUP";
+constexpr const char* kAddressKey = ZOL_KEY_VANTREL_ADDRESS;
+constexpr const char* kServiceKey = ZOL_KEY_VNTSERVICE;
+constexpr const char* kSetupKey = ZOL_KEY_VNT_SETUP;
 
 // The mail settings of VxMLDestData, value by value.
 struct MailText {
@@ -232,7 +232,7 @@ extern "C" ZOLWIN_API int SetAMAMDeseSetting(const VxMLDestData* mail, DestData*
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return 0.");
         return 0;
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS && recordOnly == 0) {
         rptset::Key address;
@@ -243,7 +243,7 @@ extern "C" ZOLWIN_API int SetAMAMDeseSetting(const VxMLDestData* mail, DestData*
     if (rc == ERROR_SUCCESS)
         rc = WriteRecord(*record);
     if (rc == ERROR_SUCCESS)
-        rc = transaction.Commit();
+        rc = transaction.commit();
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<write failed (%d).return 0.", static_cast<int>(rc));
         return 0;

@@ -4,15 +4,15 @@
 
 #include <type_traits>
 
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
 
-constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+constexpr const char* kServiceKey = ZOL_KEY_VNTSERVICE;
 constexpr const char* kMethodTypeValue = "MethodType";
-constexpr const char* kVantrelAddressKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\VantrelReport\\Address";
+constexpr const char* kVantrelAddressKey = ZOL_KEY_VANTREL_ADDRESS;
 constexpr const char* kEOpeningValue = "EOpening";
 
 bool KnownMethod(uint32_t method) {
@@ -52,7 +52,7 @@ extern "C" ZOLWIN_API int AMSetVntMethod(int method) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<refused: %d is not a delivery method.return -1.", method);
         return -1;
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
         rptset::Key key;
@@ -60,7 +60,7 @@ extern "C" ZOLWIN_API int AMSetVntMethod(int method) {
         if (rc == ERROR_SUCCESS)
             rc = rptset::WriteDword(key.get(), kMethodTypeValue, static_cast<uint32_t>(method));
         if (rc == ERROR_SUCCESS)
-            rc = transaction.Commit();
+            rc = transaction.commit();
     }
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<write of %s\\%s failed (%d).return -1.", kServiceKey,
