@@ -6,6 +6,7 @@
 
 #include "baseset/popsmtp.h"
 #include "product_root.h"
+#include "store_reader.h"
 
 TEST(MailLoginRecord, OneRefusedWriteLeavesTheWholeRecordAsStored) {
     zoltest::ProductRoot root;
@@ -23,16 +24,8 @@ TEST(MailLoginRecord, OneRefusedWriteLeavesTheWholeRecordAsStored) {
     EXPECT_EQ(PutPopParam(nullptr, &pop, 5), -1);
     FreeLibrary(lib);
 
-    HKEY key = nullptr;
-    ASSERT_EQ(RegOpenKeyEx(HKEY_LOCAL_MACHINE, kMailLoginKey, 0, 0x20019, &key), ERROR_SUCCESS);
-    char server[REG_TEXT_SIZE] = "?";
-    DWORD type = 0, size = sizeof server;
-    EXPECT_EQ(
-        RegQueryValueEx(key, "POPServer", nullptr, &type, reinterpret_cast<BYTE*>(server), &size),
-        ERROR_SUCCESS);
-    EXPECT_STREQ(server, "");  // as seeded: the values before the port were not kept either
-    RegCloseKey(key);
-    ZolRegCloseStore();
+    // As seeded: the values before the port were not kept either.
+    EXPECT_EQ(zoltest::StoreReader(root).text(kMailLoginKey, "POPServer"), "");
     const std::string trace = zoltest::readFile(root.traceFile("logintest"));
     EXPECT_NE(trace.find(std::string("pAMAMRegWrite ") + kMailLoginKey + "/POPPort failed."),
               std::string::npos);
