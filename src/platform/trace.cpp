@@ -2,10 +2,12 @@
 // in a single write(2) on an O_APPEND descriptor, so lines from several processes never mix;
 // any failure drops the line silently, because tracing must never disturb the program.
 #include <fcntl.h>
+#include <pthread.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -47,6 +49,23 @@ TraceState& state() {
     return *s;
 }
 
+// The process id of every line, asked once rather than once a line (a system call each: a
+// start-up writes some eighty lines); a child of fork() asks again.
+std::atomic<pid_t> cachedPid{0};
+
+pid_t tracePid() {
+    pid_t pid = cachedPid.load(std::memory_order_relaxed);
+    if (pid == 0) {
+        static const bool forgetsAfterFork = pthread_atfork(nullptr, nullptr, [] {
+                                                 cachedPid.store(0, std::memory_order_relaxed);
+                                             }) == 0;
+        pid = getpid();
+        if (forgetsAfterFork)
+            cachedPid.store(pid, std::memory_order_relaxed);
+    }
+    return pid;
+}
+
 // The unit as the caller names it: ZOL_TRACE passes its path below src/ ("frame/menu.cpp",
 // "services/rptset/basesetting.cpp"), which tells apart units that share a file name.
 const char* unitName(const char* file) {
@@ -63,7 +82,7 @@ std::string linePrefix(int level, const char* file, const char* function, int li
     strftime(stamp.data(), stamp.size(), "%Y-%m-%d %H:%M:%S", &local);
     std::array<char, 96> head{};
     snprintf(head.data(), head.size(), "%s.%03ld [%ld] L%d ", stamp.data(),
-             static_cast<long>(now.tv_nsec / 1000000), static_cast<long>(getpid()), level);
+             static_cast<long>(now.tv_nsec / 1000000), static_cast<long>(tracePid()), level);
     std::string prefix = head.data();
     prefix += unitName(file);
     prefix += ':';
