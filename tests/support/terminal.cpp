@@ -28,7 +28,7 @@ namespace zoltest {
 
 struct Terminal::Emulator {
     struct Free {
-        void operator()(VTerm* vt) const { vterm_free(vt); }
+        void operator()(VTerm* term) const { vterm_free(term); }
     };
     std::unique_ptr<VTerm, Free> vt;
     VTermScreen* screen = nullptr;
