@@ -222,7 +222,8 @@ std::optional<Value> Key::value(const std::string& name) const {
 }
 
 Transaction::Transaction() {
-    check(tx_.status());
+    if (const LONG rc = tx_.status(); rc != ERROR_SUCCESS)
+        check(rc, "", std::nullopt);
 }
 
 void Transaction::commit() {
