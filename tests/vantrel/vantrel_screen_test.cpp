@@ -352,7 +352,11 @@ TEST(MailLoginDialog, EachFlagWritesOnlyItsHalf) {
     EXPECT_EQ(storedText(root, kLoginKey, "SMTPAuthUser"), "");
 
     openLogin(root, *t, true, true, false);
-    EXPECT_TRUE(t->contains("<" + english(root, "POP_DEFAULT_ID") + ">")) << t->dump();
+    // Appended rather than "<" + text: GCC 12 at -O3 takes that for an overlapping copy.
+    std::string defaultButton = "<";
+    defaultButton += english(root, "POP_DEFAULT_ID");
+    defaultButton += ">";
+    EXPECT_TRUE(t->contains(defaultButton)) << t->dump();
     t->type("carol");
     t->send(keys::Tab);
     t->type("p3");
