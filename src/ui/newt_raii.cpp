@@ -76,6 +76,7 @@ void Form::setCurrent(newtComponent co) {
 }
 
 void Form::setTimer(int millisecs) {
+    timerMs_ = millisecs;
     newtFormSetTimer(form_, millisecs);
 }
 
@@ -86,14 +87,14 @@ RunResult Form::run() {
         // The program is ending (SIGTERM, SIGHUP): every form run ends as on a lost terminal.
         if (!handleTerminalEvents())
             return RunResult{};
-        const int events = terminalEventFd();
-        if (events >= 0 && !watchesTerminal_) {
-            newtFormWatchFd(form_, events, NEWT_FD_READ);
-            watchesTerminal_ = true;
-        }
+        // A form without a timer of its own wakes now and then to look for a new terminal size
+        // or a signal. (Not by watching the handlers' pipe: newt never frees a form's list of
+        // watched descriptors.)
+        const bool watching = terminalEventFd() >= 0;
+        if (timerMs_ == 0)
+            newtFormSetTimer(form_, watching ? kTerminalLookMs : 0);
         newtFormRun(form_, &es);
-        // A new terminal size or a signal woke the form: handle it, then run the form again.
-        if (es.reason == newtExitStruct::NEWT_EXIT_FDREADY && es.u.watch == events && events >= 0)
+        if (es.reason == newtExitStruct::NEWT_EXIT_TIMER && timerMs_ == 0)
             continue;
         break;
     }

@@ -59,7 +59,9 @@ class Form {
     newtComponent form_ = nullptr;
     std::vector<std::pair<newtComponent, int>> ids_;
     std::vector<std::pair<int, int>> hotKeys_;
-    bool watchesTerminal_ = false;
+    int timerMs_ = 0;  // the screen's own timer, 0 for none
+    // How often a form run looks at the terminal (new size, SIGTERM, SIGHUP).
+    static constexpr int kTerminalLookMs = 100;
     std::vector<std::unique_ptr<CallbackSlot>> callbacks_;
     std::vector<std::unique_ptr<FilterSlot>> filters_;
 };

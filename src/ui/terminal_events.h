@@ -1,6 +1,6 @@
 // What the terminal does to a running program: a new size (SIGWINCH) and the end of the session
-// (SIGTERM, SIGHUP). Signal handlers only note the event and wake the running form through a
-// pipe that every form watches; the form's run (Form::run) then handles it outside the handler:
+// (SIGTERM, SIGHUP). Signal handlers only note the event; the running form, which wakes every
+// tenth of a second for it (Form::run), then handles it outside the handler:
 // a new size redraws every open window centred for it, a terminal smaller than the program needs
 // shows one line asking for more room until it grows, and an end makes every form run end as a
 // lost terminal does, so that every screen closes and main takes newt down (newtFinished) before
@@ -24,7 +24,8 @@ void watchTerminal();
 // Restores the signals' default actions; call before newtFinished.
 void stopWatchingTerminal();
 
-// The read end of the wake-up pipe, or -1 while the terminal is not watched.
+// The read end of the handlers' wake-up pipe, or -1 while the terminal is not watched (a wait
+// outside any form, as for a terminal too small, blocks on it).
 int terminalEventFd();
 // Handles whatever the handlers noted (the pipe is drained). Returns false when the program must
 // end: from then on every form run ends at once.
