@@ -230,7 +230,7 @@ const std::string& Registry::currentStorePath() {
     return cachedPath_;
 }
 
-LONG Registry::connect(bool verifyFile) {
+LONG Registry::connect(bool verifyFile, bool* opened) {
     if (store_.isOpen()) {
         if (depth_ > 0)
             return ERROR_SUCCESS;  // a transaction keeps the store it began on
@@ -240,7 +240,10 @@ LONG Registry::connect(bool verifyFile) {
         store_.close();
     }
     cache_.clear();
-    return store_.open(currentStorePath());
+    const LONG r = store_.open(currentStorePath());
+    if (opened != nullptr)
+        *opened = r == ERROR_SUCCESS;
+    return r;
 }
 
 void Registry::syncCache() {

@@ -103,8 +103,15 @@ LONG Registry::removeStore() {
 LONG Registry::checkStore(bool full) {
     Lock lk = enter();
     return retryWhileBusy([&]() -> LONG {
-        LONG r = connect(true);
-        return r != ERROR_SUCCESS ? r : store_.check(full);
+        bool opened = false;
+        LONG r = connect(true, &opened);
+        if (r != ERROR_SUCCESS)
+            return r;
+        // A connection opened by this call has just passed the quick check (the program's
+        // start-up check, IsZOLntserverReady, would otherwise run it twice).
+        if (opened && !full)
+            return ERROR_SUCCESS;
+        return store_.check(full);
     });
 }
 

@@ -67,7 +67,9 @@ class Registry {
     using Lock = std::unique_lock<std::mutex>;
     Lock enter(bool waitForTransaction = true);
     const std::string& currentStorePath();
-    LONG connect(bool verifyFile);
+    // Opens the connection when needed (then *opened is set): a new connection has passed the
+    // store's quick check.
+    LONG connect(bool verifyFile, bool* opened = nullptr);
     LONG lookup(HKEY hKey, KeyHandle*& out);
     // lookup, then refuses a handle that has none of the access bits in `need`.
     LONG lookup(HKEY hKey, REGSAM need, KeyHandle*& out) {
