@@ -60,8 +60,11 @@ endfunction()
 # Usage: zol_service_library(<target> <file name> <sources>...)
 function(zol_service_library target file)
     add_library(${target} MODULE ${ARGN})
+    # Only the functions marked ZOLWIN_API are the library's interface. Everything else stays
+    # inside: calls to it need no symbol look-up when the program loads the library.
     set_target_properties(${target} PROPERTIES
         PREFIX "" SUFFIX "" OUTPUT_NAME ${file}
+        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib
         BUILD_RPATH "${CMAKE_BINARY_DIR}/lib"
         INSTALL_RPATH "$ORIGIN")
