@@ -5,6 +5,20 @@ set(CMAKE_INSTALL_MESSAGE LAZY)
 set(ZOL_STAGE_DIR ${CMAKE_BINARY_DIR}/stage CACHE INTERNAL "Product root staged inside the build tree")
 
 add_compile_options(-Wall -Wextra -Wshadow -Werror -Wno-error=deprecated-declarations)
+# __FILE__ (trace lines, assertions) names a unit by its path below src/, or below the source
+# folder for tests/, bench/ and fuzz/: "services/rptset/basesetting.cpp" and
+# "baseset/basesetting.cpp" stay apart. The general map comes first: GCC applies the last
+# matching one, clang the longest. A compiler launcher may hand the compiler the source by a path
+# relative to the build folder, so that spelling is mapped too.
+add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/= -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/src/=)
+file(RELATIVE_PATH ZOL_SOURCE_FROM_BUILD ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+string(REGEX REPLACE "/+$" "" ZOL_SOURCE_FROM_BUILD "${ZOL_SOURCE_FROM_BUILD}")
+if(ZOL_SOURCE_FROM_BUILD STREQUAL "")
+    add_compile_options(-fmacro-prefix-map=src/=)  # built inside the source folder
+else()
+    add_compile_options(-fmacro-prefix-map=${ZOL_SOURCE_FROM_BUILD}/=
+                        -fmacro-prefix-map=${ZOL_SOURCE_FROM_BUILD}/src/=)
+endif()
 # The service libraries must really unload with FreeLibrary. GCC gives inline variables and the
 # static locals of library templates "unique" binding, which pins a shared object in memory for
 # the rest of the process; ordinary weak symbols do not.
@@ -46,8 +60,11 @@ endfunction()
 # Usage: zol_service_library(<target> <file name> <sources>...)
 function(zol_service_library target file)
     add_library(${target} MODULE ${ARGN})
+    # Only the functions marked ZOLWIN_API are the library's interface. Everything else stays
+    # inside: calls to it need no symbol look-up when the program loads the library.
     set_target_properties(${target} PROPERTIES
         PREFIX "" SUFFIX "" OUTPUT_NAME ${file}
+        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
         LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib
         BUILD_RPATH "${CMAKE_BINARY_DIR}/lib"
         INSTALL_RPATH "$ORIGIN")

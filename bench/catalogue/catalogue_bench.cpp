@@ -20,12 +20,13 @@
 #include <vector>
 
 #include "raw_store.h"
+#include "regpaths.h"
 #include "rptset_api.h"
 #include "zolwin.h"
 
 namespace {
 
-constexpr const char* kAlertMan = "SOFTWARE\\Tavik\\ZolAlertMan";
+constexpr const char* kAlertMan = ZOL_KEY_ALERTMAN;
 constexpr int kDestinations = 100;
 constexpr int kAgentSources = 100;
 constexpr int kEventsPerSource = 20;

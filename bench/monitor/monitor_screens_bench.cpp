@@ -24,6 +24,7 @@
 #include "frame/msgfile.h"
 #include "product_root.h"
 #include "records.h"
+#include "regpaths.h"
 #include "terminal.h"
 
 namespace {
@@ -32,7 +33,7 @@ using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 namespace keys = zoltest::keys;
 
-constexpr const char* kAlertMan = "SOFTWARE\\Tavik\\ZolAlertMan";
+constexpr const char* kAlertMan = ZOL_KEY_ALERTMAN;
 constexpr int kDestinations = 100;
 constexpr int kAgentSources = 100;
 constexpr int kEventsPerSource = 20;

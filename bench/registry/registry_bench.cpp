@@ -15,13 +15,14 @@
 #include <vector>
 
 #include "raw_store.h"
+#include "regpaths.h"
 #include "zolwin.h"
 
 namespace {
 
-constexpr const char* kPointKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting";
+constexpr const char* kPointKey = ZOL_KEY_BASESETTING;
 constexpr const char* kPointValue = "ShutdownDelay";
-constexpr const char* kTableKey = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+constexpr const char* kTableKey = ZOL_KEY_ID_LIST;
 constexpr int kTableKeys = 100;
 constexpr int kTableValues = 12;
 

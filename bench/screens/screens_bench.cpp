@@ -16,6 +16,7 @@
 
 #include "frame/msgfile.h"
 #include "product_root.h"
+#include "regpaths.h"
 #include "terminal.h"
 #include "zolwin.h"
 
@@ -48,8 +49,7 @@ bool fillDestinations(const zoltest::ProductRoot& root) {
         char id[32];
         std::snprintf(id, sizeof id, "Site%02d Console", d);
         HKEY key = nullptr;
-        const std::string path =
-            std::string("SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\") + id;
+        const std::string path = std::string(ZOL_KEY_ID_LIST "\\") + id;
         if (RegCreateKey(HKEY_LOCAL_MACHINE, path.c_str(), &key) != ERROR_SUCCESS)
             return false;
         setText(key, "Method", "MANAGER (TCP_IP OUT-OF-BAND)");

@@ -1,10 +1,15 @@
 // Measures how long ZOLamsadm takes from fork to its drawn main menu, and whiptail drawing a
 // five-row menu in the same pseudo-terminal set-up, alternating runs in one process, and prints
-// the medians and their ratio. Usage: startup_bench [runs] (default 30).
+// the medians and their ratio. Usage: startup_bench [runs] [baseline-root] (default 30 runs).
+// With baseline-root, a product root of another build (cmake --install ... --prefix DIR) runs in
+// the same rotation, on a copy with a store of its own, so that two builds compare side by side.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -85,7 +90,25 @@ int main(int argc, char* argv[]) {
                                             "Remote report service"};
     const std::vector<std::string> whiptailLast{"Remote report service", "<Cancel>"};
 
-    std::vector<double> ours, theirs;
+    // The baseline: a copy of the other root, its store made by its own zolreg.
+    std::optional<std::filesystem::path> baseline;
+    zoltest::TerminalOptions baselineOpts = opts;
+    if (argc > 2) {
+        baseline = root.path() / "baseline";
+        std::filesystem::copy(argv[2], *baseline, std::filesystem::copy_options::recursive);
+        std::filesystem::remove_all(*baseline / "registry");
+        std::filesystem::create_directories(*baseline / "log");
+        baselineOpts.env["ZolDir"] = baseline->string();
+        const auto made =
+            zoltest::run({(*baseline / "bin" / "zolreg").string(), "init"},
+                         std::map<std::string, std::string>{{"ZolDir", baseline->string()}});
+        if (made.status != 0) {
+            std::fprintf(stderr, "baseline store not made: %s\n", made.err.c_str());
+            return 1;
+        }
+    }
+
+    std::vector<double> ours, theirs, base;
     for (int i = 0; i < runs; ++i) {
         const double a = timeToMenu(program, opts, programLast, "\x0f");
         const double b = timeToMenu(whiptail, opts, whiptailLast, "\x1b");
@@ -93,6 +116,13 @@ int main(int argc, char* argv[]) {
             return 1;
         ours.push_back(a);
         theirs.push_back(b);
+        if (baseline) {
+            const double c = timeToMenu({(*baseline / "bin" / "ZOLamsadm").string()}, baselineOpts,
+                                        programLast, "\x0f");
+            if (c < 0)
+                return 1;
+            base.push_back(c);
+        }
     }
     const double m1 = median(ours), m2 = median(theirs);
     std::printf("runs: %d each, alternating\n", runs);
@@ -103,5 +133,11 @@ int main(int argc, char* argv[]) {
                 *std::min_element(theirs.begin(), theirs.end()),
                 *std::max_element(theirs.begin(), theirs.end()));
     std::printf("ratio: %.2f (target at most 1.50)\n", m2 > 0 ? m1 / m2 : 0.0);
+    if (baseline) {
+        const double m3 = median(base);
+        std::printf("baseline %s: median %.1f ms (min %.1f, max %.1f), ratio %.2f\n", argv[2], m3,
+                    *std::min_element(base.begin(), base.end()),
+                    *std::max_element(base.begin(), base.end()), m2 > 0 ? m3 / m2 : 0.0);
+    }
     return 0;
 }

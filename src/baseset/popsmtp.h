@@ -12,6 +12,7 @@
 
 #include "baseset/mailserver_input.h"
 #include "records.h"
+#include "regpaths.h"
 
 // The modal dialog. A flag of 1 enables its half (POP before SMTP, SMTP authentication); any
 // other value shows that half disabled and leaves its values alone.

@@ -66,7 +66,7 @@ constexpr LibrarySpec kHrtbeat{&hLibHRTBEAT, "hrtbeat.dll", "hrtbeat.dll", kLarg
 
 // Trace from the public loader's name rather than this helper's, so that the log reads as the
 // loader's own lines.
-#define TRACE_AS(fn, level, ...) TraceLog((level), __FILE_NAME__, (fn), __LINE__, __VA_ARGS__)
+#define TRACE_AS(fn, level, ...) TraceLog((level), __FILE__, (fn), __LINE__, __VA_ARGS__)
 
 BOOL LoadOne(const LibrarySpec& lib, const char* fn) {
     TRACE_AS(fn, TRACE_LEVEL_TRACE, ">");

@@ -11,6 +11,7 @@
 #include "frame/menu.h"
 #include "frame/msgfile.h"
 #include "frame/startup.h"
+#include "ui/terminal_events.h"
 #include "ui/toolkit.h"
 
 namespace {
@@ -35,6 +36,7 @@ class StartupState {
         if (screen) {
             newtCls();
             newtFinished();
+            zolui::stopWatchingTerminal();
         }
         if (newtLibrary)
             freenewtlib();
@@ -115,6 +117,12 @@ int main(int argc, char* argv[]) {
     EditParameter();
 
     state.tearDown();
+    // SIGTERM or SIGHUP closed every screen: the terminal is back as it was, and the process
+    // now ends by that signal.
+    if (const int sig = zolui::terminationSignal(); sig != 0) {
+        ZOL_TRACE(TRACE_LEVEL_INFO, "<ended by signal %d.", sig);
+        zolui::finishBySignal();
+    }
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 1.");
     return 1;
 }

@@ -12,6 +12,7 @@
 
 #include "frame/libcall.h"
 #include "records.h"
+#include "regpaths.h"
 #include "rptset_api.h"
 
 namespace rptset {
@@ -132,8 +133,7 @@ int IPAddressCheck(HMODULE lib, const char* text);
 // ---- Mail-server logins of the internet-mail delivery ----
 
 // Key of the login values, under HKEY_LOCAL_MACHINE.
-inline constexpr const char* kMailLoginKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
+inline constexpr const char* kMailLoginKey = ZOL_KEY_MAIL_SETTING;
 // The POP port and wait time a login starts with when nothing is stored.
 inline constexpr DWORD kDefaultPopPort = 110;
 inline constexpr DWORD kDefaultPopWait = 0;

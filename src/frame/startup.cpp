@@ -9,6 +9,7 @@
 
 #include "frame/msgfile.h"
 #include "frame/textformat.h"
+#include "ui/terminal_events.h"
 #include "ui/toolkit.h"
 
 int32_t Adm_Flag = 0;
@@ -20,7 +21,10 @@ bool IsAdministratorCommandLine(int argc, const char* const* argv) {
 
 void NewtStartUp() {
     ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    zolui::rememberTerminal();
     newtInit();
+    // From here a new size redraws the screen and SIGTERM or SIGHUP closes it properly.
+    zolui::watchTerminal();
     newtSetColors(myColors);
     newtCls();
     // newt keeps its own copy of the help line.

@@ -18,6 +18,11 @@
 //   name is the spelling of the first write, fold the same bytes with A-Z lowered: names are
 //   case-insensitive for ASCII letters and compared byte for byte otherwise (EUC-JP text).
 //
+// Units
+//   This file: the Registry object, its connection and cache, and the key and value calls.
+//   registry_transaction.cpp: ZolRegBegin/Commit/RollbackTransaction.
+//   registry_admin.cpp: creating, removing, checking and closing the store.
+//
 // Connections and transactions
 //   One connection per process, in WAL mode with synchronous=FULL and a 10 s busy timeout,
 //   checked with quick_check when it opens. It is reopened when ZolDir names another store,
@@ -34,6 +39,8 @@
 //   difference, any write of this process and any transaction boundary empties it. So a read
 //   never returns something older than the last commit, yet repeated reads cost no SQLite
 //   call. Opening a key also checks that the store file is still the one the connection has.
+#include "registry_impl.h"
+
 #include <fcntl.h>
 #include <pthread.h>
 #include <sqlite3.h>
@@ -42,7 +49,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <condition_variable>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -50,26 +56,11 @@
 #include <new>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
-#include "registry_cache.h"
-#include "registry_store.h"
-#include "zolwin.h"
 #include "zolwin_config.h"
 
 namespace zolwin::registry {
-namespace {
-
-constexpr REGSAM kDeleteAccess = 0x00010000;
-constexpr REGSAM kGenericRead = 0x80000000u;
-constexpr REGSAM kGenericWrite = 0x40000000u;
-constexpr REGSAM kGenericExecute = 0x20000000u;
-constexpr REGSAM kGenericAll = 0x10000000u;
-constexpr REGSAM kMaximumAllowed = 0x02000000u;
-constexpr DWORD kRegQword = 11;       // the highest value type the store accepts
-constexpr size_t kMaxKeyDepth = 512;  // components in one path, as Win32 allows
-constexpr int64_t kFileTimeUnixEpoch = 116444736000000000LL;
 
 // The product root for the store: $ZolDir, else the install prefix, without trailing slashes.
 std::string registryRoot() {
@@ -84,18 +75,32 @@ std::string storePathFor(const std::string& root) {
     return (root == "/" ? std::string() : root) + "/registry/hklm.db";
 }
 
+int64_t fileTimeNow() {
+    constexpr int64_t kFileTimeUnixEpoch = 116444736000000000LL;
+    timespec ts{};
+    clock_gettime(CLOCK_REALTIME, &ts);
+    return kFileTimeUnixEpoch + static_cast<int64_t>(ts.tv_sec) * 10000000 + ts.tv_nsec / 100;
+}
+
+std::atomic<unsigned> forkGeneration{0};
+
+namespace {
+
+constexpr REGSAM kDeleteAccess = 0x00010000;
+constexpr REGSAM kGenericRead = 0x80000000u;
+constexpr REGSAM kGenericWrite = 0x40000000u;
+constexpr REGSAM kGenericExecute = 0x20000000u;
+constexpr REGSAM kGenericAll = 0x10000000u;
+constexpr REGSAM kMaximumAllowed = 0x02000000u;
+constexpr DWORD kRegQword = 11;       // the highest value type the store accepts
+constexpr size_t kMaxKeyDepth = 512;  // components in one path, as Win32 allows
+
 void foldInto(std::string_view name, std::string& out) {
     out.assign(name);
     for (char& c : out) {
         if (c >= 'A' && c <= 'Z')
             c = static_cast<char>(c - 'A' + 'a');
     }
-}
-
-int64_t fileTimeNow() {
-    timespec ts{};
-    clock_gettime(CLOCK_REALTIME, &ts);
-    return kFileTimeUnixEpoch + static_cast<int64_t>(ts.tv_sec) * 10000000 + ts.tv_nsec / 100;
 }
 
 REGSAM normalizeAccess(REGSAM sam) {
@@ -178,109 +183,7 @@ LONG deliverValue(DWORD type, std::string_view bytes, LPDWORD lpType, LPBYTE lpD
     return ERROR_SUCCESS;
 }
 
-struct KeyHandle {
-    sqlite3_int64 id = kRootKeyId;
-    REGSAM access = KEY_ALL_ACCESS;
-    int64_t instance = 0;  // 0: the root key, valid in every store
-};
-
-// Bumped in every child of fork(), so that a call notices a fork without asking for its pid.
-std::atomic<unsigned> forkGeneration{0};
-
-class Registry {
-  public:
-    Registry();
-    ~Registry();
-
-    LONG openKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result);
-    LONG createKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result, LPDWORD disposition);
-    LONG queryValue(HKEY hKey, LPCSTR name, LPDWORD type, LPBYTE data, LPDWORD cbData);
-    LONG setValue(HKEY hKey, LPCSTR name, DWORD type, const BYTE* data, DWORD cbData);
-    LONG deleteValue(HKEY hKey, LPCSTR name);
-    LONG deleteKey(HKEY hKey, LPCSTR subKey);
-    LONG enumKey(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPSTR cls, LPDWORD cchCls,
-                 void* lastWrite);
-    LONG enumValue(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LPDWORD type, LPBYTE data,
-                   LPDWORD cbData);
-    LONG closeKey(HKEY hKey);
-
-    LONG begin();
-    LONG commit();
-    LONG rollback();
-    LONG createStore();
-    LONG removeStore();
-    LONG checkStore(bool full);
-    void closeStore();
-
-  private:
-    using Lock = std::unique_lock<std::mutex>;
-    Lock enter(bool waitForTransaction = true);
-    const std::string& currentStorePath();
-    LONG connect(bool verifyFile);
-    LONG lookup(HKEY hKey, KeyHandle*& out);
-    // lookup, then refuses a handle that has none of the access bits in `need`.
-    LONG lookup(HKEY hKey, REGSAM need, KeyHandle*& out) {
-        LONG r = lookup(hKey, out);
-        if (r == ERROR_SUCCESS && (out->access & need) == 0)
-            return ERROR_ACCESS_DENIED;
-        return r;
-    }
-    LONG live(const KeyHandle& key) const;
-    HKEY newHandle(sqlite3_int64 id, REGSAM access);
-    LONG missingOrDeleted(sqlite3_int64 id);
-    LONG walk(sqlite3_int64 start, const std::vector<std::string_view>& parts, size_t count,
-              sqlite3_int64& id);
-    LONG touch(sqlite3_int64 id);
-    void endTransactionLocked();
-    void syncCache();
-    LONG loadKey(sqlite3_int64 id, CachedKey& out);
-    const CachedKey* keyInfo(sqlite3_int64 id, LONG& err);
-    LONG walkCached(sqlite3_int64 start, const std::vector<std::string_view>& parts,
-                    sqlite3_int64& id);
-
-    template <class Op>
-    LONG read(Op&& op) {
-        return retryWhileBusy([&]() -> LONG {
-            LONG r = connect(false);
-            if (r != ERROR_SUCCESS)
-                return r;
-            syncCache();
-            return op();
-        });
-    }
-    template <class Op>
-    LONG write(Op&& op);
-    // A read of the cached contents of a live, existing key: op(const CachedKey&).
-    template <class Op>
-    LONG readKey(const KeyHandle& key, Op&& op) {
-        return read([&]() -> LONG {
-            LONG q = live(key);
-            if (q != ERROR_SUCCESS)
-                return q;
-            const CachedKey* k = keyInfo(key.id, q);
-            if (k == nullptr)
-                return q;
-            return k->exists ? op(*k) : ERROR_KEY_DELETED;
-        });
-    }
-
-    std::mutex mu_;
-    std::condition_variable txEnded_;
-    Store store_;
-    std::string cachedRoot_;
-    std::string cachedPath_;
-    std::unordered_map<uintptr_t, KeyHandle> handles_;
-    uintptr_t nextHandle_ = 0x00A00000;
-    KeyHandle root_;
-    int depth_ = 0;
-    bool doomed_ = false;  // rolled back inside an outer transaction: writes refused until it ends
-    bool wrote_ = false;   // the open transaction has written: reads inside it saw uncommitted data
-    std::thread::id txOwner_;
-    unsigned forkGeneration_ = 0;
-    ReadCache cache_;
-    CachedKey uncached_;  // a key read while the cache cannot be trusted
-    std::string fold_;    // scratch for folded names, reused to spare allocations
-};
+}  // namespace
 
 Registry::Registry() {
     pthread_atfork(nullptr, nullptr,
@@ -327,7 +230,7 @@ const std::string& Registry::currentStorePath() {
     return cachedPath_;
 }
 
-LONG Registry::connect(bool verifyFile) {
+LONG Registry::connect(bool verifyFile, bool* opened) {
     if (store_.isOpen()) {
         if (depth_ > 0)
             return ERROR_SUCCESS;  // a transaction keeps the store it began on
@@ -337,7 +240,10 @@ LONG Registry::connect(bool verifyFile) {
         store_.close();
     }
     cache_.clear();
-    return store_.open(currentStorePath());
+    const LONG r = store_.open(currentStorePath());
+    if (opened != nullptr)
+        *opened = r == ERROR_SUCCESS;
+    return r;
 }
 
 void Registry::syncCache() {
@@ -843,210 +749,11 @@ LONG Registry::closeKey(HKEY hKey) {
                                                                   : ERROR_INVALID_HANDLE;
 }
 
-LONG Registry::begin() {
-    Lock lk = enter();
-    if (depth_ > 0) {
-        if (doomed_)
-            return ERROR_INVALID_STATE;
-        ++depth_;
-        return ERROR_SUCCESS;
-    }
-    LONG r = retryWhileBusy([&]() -> LONG {
-        LONG c = connect(true);
-        if (c != ERROR_SUCCESS)
-            return c;
-        int rc = store_.exec("BEGIN IMMEDIATE");
-        return rc == SQLITE_OK ? ERROR_SUCCESS : mapSqliteError(rc);
-    });
-    if (r != ERROR_SUCCESS)
-        return r;
-    depth_ = 1;
-    doomed_ = false;
-    txOwner_ = std::this_thread::get_id();
-    return ERROR_SUCCESS;
-}
-
-void Registry::endTransactionLocked() {
-    // Reads inside a transaction that wrote may have cached data a rollback takes back (and a
-    // commit changes the token anyway). A transaction that only read keeps the cache: nothing
-    // else can commit while it holds the write lock, so what it read is still the store.
-    if (wrote_ || doomed_)
-        cache_.clear();
-    wrote_ = false;
-    depth_ = 0;
-    doomed_ = false;
-    txOwner_ = std::thread::id();
-    txEnded_.notify_all();
-}
-
-LONG Registry::commit() {
-    Lock lk = enter();
-    if (depth_ == 0)
-        return ERROR_INVALID_STATE;
-    if (--depth_ > 0)
-        return doomed_ ? ERROR_INVALID_STATE : ERROR_SUCCESS;
-    if (doomed_) {
-        endTransactionLocked();
-        return ERROR_INVALID_STATE;
-    }
-    LONG r = ERROR_SUCCESS;
-    if (store_.isOpen() && sqlite3_get_autocommit(store_.db()) == 0) {
-        int rc = store_.exec("COMMIT");
-        if (rc != SQLITE_OK) {
-            r = mapSqliteError(rc);
-            if (r == kBusy)
-                r = ERROR_REGISTRY_IO_FAILED;
-            if (sqlite3_get_autocommit(store_.db()) == 0)
-                store_.exec("ROLLBACK");
-        }
-    } else {
-        r = ERROR_REGISTRY_IO_FAILED;  // the connection lost the transaction
-    }
-    endTransactionLocked();
-    return r;
-}
-
-LONG Registry::rollback() {
-    Lock lk = enter();
-    if (depth_ == 0)
-        return ERROR_INVALID_STATE;
-    if (!doomed_ && store_.isOpen() && sqlite3_get_autocommit(store_.db()) == 0) {
-        store_.exec("ROLLBACK");
-    }
-    cache_.clear();
-    if (--depth_ == 0) {
-        endTransactionLocked();
-    } else {
-        doomed_ = true;
-    }
-    return ERROR_SUCCESS;
-}
-
-LONG Registry::createStore() {
-    Lock lk = enter();
-    const std::string path = currentStorePath();
-    const std::string dir = path.substr(0, path.rfind('/'));
-    struct stat st {};
-    if (::stat(path.c_str(), &st) == 0)
-        return ERROR_ALREADY_EXISTS;
-    if (::mkdir(dir.c_str(), 0700) == 0) {
-        ::chmod(dir.c_str(), 0700);  // whatever the umask
-    } else if (errno != EEXIST) {
-        return ERROR_REGISTRY_IO_FAILED;
-    }
-
-    // Build the store under a private name, then link it into place: another process either
-    // finds no store or a complete one, and of two creators exactly one wins.
-    const std::string tmp =
-        dir + "/.hklm.db.new." + std::to_string(getpid()) + "." + std::to_string(fileTimeNow());
-    auto removeTmp = [&] {
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"})
-            ::unlink((tmp + suffix).c_str());
-    };
-    int fd = ::open(tmp.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
-    if (fd < 0)
-        return ERROR_REGISTRY_IO_FAILED;
-    const bool modeSet = ::fchmod(fd, 0600) == 0;
-    ::close(fd);
-    if (!modeSet) {
-        removeTmp();
-        return ERROR_REGISTRY_IO_FAILED;
-    }
-    LONG r = ERROR_SUCCESS;
-    {
-        sqlite3* db = nullptr;
-        int rc =
-            sqlite3_open_v2(tmp.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-        const std::string script = std::string("PRAGMA synchronous = FULL; BEGIN; ") + kSchemaSql +
-                                   "PRAGMA application_id = " + std::to_string(kApplicationId) +
-                                   "; PRAGMA user_version = " + std::to_string(kSchemaVersion) +
-                                   "; COMMIT; PRAGMA journal_mode = WAL;";
-        if (rc == SQLITE_OK)
-            rc = sqlite3_exec(db, script.c_str(), nullptr, nullptr, nullptr);
-        if (rc != SQLITE_OK)
-            r = mapSqliteError(rc);
-        // Closing checkpoints the new store into its file and removes its journal.
-        if (sqlite3_close(db) != SQLITE_OK && r == ERROR_SUCCESS)
-            r = ERROR_REGISTRY_IO_FAILED;
-    }
-    if (r == ERROR_SUCCESS && ::link(tmp.c_str(), path.c_str()) != 0) {
-        r = errno == EEXIST ? ERROR_ALREADY_EXISTS : ERROR_REGISTRY_IO_FAILED;
-    }
-    removeTmp();
-    if (r == kBusy)
-        r = ERROR_REGISTRY_IO_FAILED;
-    if (r != ERROR_SUCCESS)
-        return r;
-    int dfd = ::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dfd >= 0) {
-        ::fsync(dfd);  // the new name must survive a crash as well as the contents
-        ::close(dfd);
-    }
-    if (store_.isOpen() && store_.path() == path && depth_ == 0)
-        store_.close();
-    return ERROR_SUCCESS;
-}
-
-LONG Registry::removeStore() {
-    Lock lk = enter();
-    const std::string path = currentStorePath();
-    if (store_.isOpen() && store_.path() == path) {
-        if (depth_ > 0) {
-            if (sqlite3_get_autocommit(store_.db()) == 0)
-                store_.exec("ROLLBACK");
-            doomed_ = true;
-        }
-        store_.close();
-    }
-    LONG r = ERROR_SUCCESS;
-    if (::unlink(path.c_str()) != 0)
-        r = ERROR_REGISTRY_IO_FAILED;
-    for (const char* suffix : {"-wal", "-shm", "-journal"}) {
-        if (::unlink((path + suffix).c_str()) != 0 && errno != ENOENT)
-            r = ERROR_REGISTRY_IO_FAILED;
-    }
-    return r;
-}
-
-LONG Registry::checkStore(bool full) {
-    Lock lk = enter();
-    return retryWhileBusy([&]() -> LONG {
-        LONG r = connect(true);
-        return r != ERROR_SUCCESS ? r : store_.check(full);
-    });
-}
-
-void Registry::closeStore() {
-    Lock lk = enter();
-    cache_.clear();
-    if (!store_.isOpen())
-        return;
-    if (depth_ > 0) {
-        if (sqlite3_get_autocommit(store_.db()) == 0)
-            store_.exec("ROLLBACK");
-        doomed_ = true;
-    }
-    store_.close();
-}
-
 Registry& registry() {
     static Registry instance;
     return instance;
 }
 
-// Every entry point: nothing thrown ever crosses the C interface.
-template <class Fn>
-LONG guarded(Fn&& fn) noexcept {
-    try {
-        return fn(registry());
-    } catch (const std::bad_alloc&) {
-        return ERROR_NOT_ENOUGH_MEMORY;
-    } catch (...) {
-        return ERROR_REGISTRY_IO_FAILED;
-    }
-}
-
-}  // namespace
 }  // namespace zolwin::registry
 
 using zolwin::registry::guarded;
@@ -1117,47 +824,4 @@ LONG RegEnumValue(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWORD lpcchValu
 
 LONG RegCloseKey(HKEY hKey) {
     return guarded([&](Registry& r) { return r.closeKey(hKey); });
-}
-
-LONG ZolRegBeginTransaction(void) {
-    return guarded([](Registry& r) { return r.begin(); });
-}
-
-LONG ZolRegCommitTransaction(void) {
-    return guarded([](Registry& r) { return r.commit(); });
-}
-
-LONG ZolRegRollbackTransaction(void) {
-    return guarded([](Registry& r) { return r.rollback(); });
-}
-
-LONG ZolRegStorePath(LPSTR buf, DWORD size) {
-    if (buf == nullptr)
-        return ERROR_INVALID_PARAMETER;
-    return guarded([&](Registry&) -> LONG {
-        const std::string path = zolwin::registry::storePathFor(zolwin::registry::registryRoot());
-        if (path.size() + 1 > size)
-            return ERROR_MORE_DATA;
-        std::memcpy(buf, path.c_str(), path.size() + 1);
-        return ERROR_SUCCESS;
-    });
-}
-
-LONG ZolRegCreateStore(void) {
-    return guarded([](Registry& r) { return r.createStore(); });
-}
-
-LONG ZolRegRemoveStore(void) {
-    return guarded([](Registry& r) { return r.removeStore(); });
-}
-
-LONG ZolRegCheckStore(int full) {
-    return guarded([&](Registry& r) { return r.checkStore(full != 0); });
-}
-
-void ZolRegCloseStore(void) {
-    guarded([](Registry& r) {
-        r.closeStore();
-        return ERROR_SUCCESS;
-    });
 }

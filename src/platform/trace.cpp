@@ -2,14 +2,15 @@
 // in a single write(2) on an O_APPEND descriptor, so lines from several processes never mix;
 // any failure drops the line silently, because tracing must never disturb the program.
 #include <fcntl.h>
+#include <pthread.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
 #include <string>
 
@@ -48,14 +49,30 @@ TraceState& state() {
     return *s;
 }
 
-const char* baseName(const char* file) {
-    if (file == nullptr || *file == '\0')
-        return "?";
-    const char* slash = std::strrchr(file, '/');
-    return slash != nullptr ? slash + 1 : file;
+// The process id of every line, asked once rather than once a line (a system call each: a
+// start-up writes some eighty lines); a child of fork() asks again.
+std::atomic<pid_t> cachedPid{0};
+
+pid_t tracePid() {
+    pid_t pid = cachedPid.load(std::memory_order_relaxed);
+    if (pid == 0) {
+        static const bool forgetsAfterFork = pthread_atfork(nullptr, nullptr, [] {
+                                                 cachedPid.store(0, std::memory_order_relaxed);
+                                             }) == 0;
+        pid = getpid();
+        if (forgetsAfterFork)
+            cachedPid.store(pid, std::memory_order_relaxed);
+    }
+    return pid;
 }
 
-// "2026-11-21 05:04:17.123 [12345] L1 menu.cpp:EditParameter:123 "
+// The unit as the caller names it: ZOL_TRACE passes its path below src/ ("frame/menu.cpp",
+// "services/rptset/basesetting.cpp"), which tells apart units that share a file name.
+const char* unitName(const char* file) {
+    return file == nullptr || *file == '\0' ? "?" : file;
+}
+
+// "2026-11-21 05:04:17.123 [12345] L1 frame/menu.cpp:EditParameter:123 "
 std::string linePrefix(int level, const char* file, const char* function, int line) {
     timespec now{};
     clock_gettime(CLOCK_REALTIME, &now);
@@ -65,9 +82,9 @@ std::string linePrefix(int level, const char* file, const char* function, int li
     strftime(stamp.data(), stamp.size(), "%Y-%m-%d %H:%M:%S", &local);
     std::array<char, 96> head{};
     snprintf(head.data(), head.size(), "%s.%03ld [%ld] L%d ", stamp.data(),
-             static_cast<long>(now.tv_nsec / 1000000), static_cast<long>(getpid()), level);
+             static_cast<long>(now.tv_nsec / 1000000), static_cast<long>(tracePid()), level);
     std::string prefix = head.data();
-    prefix += baseName(file);
+    prefix += unitName(file);
     prefix += ':';
     prefix += function != nullptr && *function != '\0' ? function : "?";
     prefix += ':';

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "regpaths.h"
 #include "zolwin.h"
 
 namespace {
@@ -48,8 +49,7 @@ BOOL IsZOLntserverReady(void) {
     if (ZolRegCheckStore(0) != ERROR_SUCCESS)
         return FALSE;
     HKEY key = nullptr;
-    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, "SOFTWARE\\Tavik\\ZolAlertMan", 0, KEY_READ, &key) !=
-        ERROR_SUCCESS) {
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, ZOL_KEY_ALERTMAN, 0, KEY_READ, &key) != ERROR_SUCCESS) {
         return FALSE;
     }
     RegCloseKey(key);

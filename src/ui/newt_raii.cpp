@@ -2,9 +2,14 @@
 // that carry every text across the encoding boundary.
 #include "ui/newt_raii.h"
 
+#include <wchar.h>
+
+#include <algorithm>
 #include <cstdint>
+#include <cwchar>
 
 #include "ui/encoding.h"
+#include "ui/terminal_events.h"
 #include "ui/toolkit.h"
 
 namespace zolui {
@@ -42,6 +47,7 @@ Form::~Form() {
         newtEntrySetFilter(slot->co, nullptr, nullptr);
     }
     if (form_) {
+        WindowStack::formDies(form_);
         newtFormDestroy(form_);
     }
 }
@@ -69,12 +75,28 @@ void Form::setCurrent(newtComponent co) {
 }
 
 void Form::setTimer(int millisecs) {
+    timerMs_ = millisecs;
     newtFormSetTimer(form_, millisecs);
 }
 
 RunResult Form::run() {
     newtExitStruct es{};
-    newtFormRun(form_, &es);
+    WindowStack::formRuns(form_);
+    for (;;) {
+        // The program is ending (SIGTERM, SIGHUP): every form run ends as on a lost terminal.
+        if (!handleTerminalEvents())
+            return RunResult{};
+        // A form without a timer of its own wakes now and then to look for a new terminal size
+        // or a signal. (Not by watching the handlers' pipe: newt never frees a form's list of
+        // watched descriptors.)
+        const bool watching = terminalEventFd() >= 0;
+        if (timerMs_ == 0)
+            newtFormSetTimer(form_, watching ? kTerminalLookMs : 0);
+        newtFormRun(form_, &es);
+        if (es.reason == newtExitStruct::NEWT_EXIT_TIMER && timerMs_ == 0)
+            continue;
+        break;
+    }
     RunResult result;
     switch (es.reason) {
         case newtExitStruct::NEWT_EXIT_HOTKEY:
@@ -154,35 +176,129 @@ void Grid::size(int& width, int& height) const {
     newtGridGetSize(grid_, &width, &height);
 }
 
-void Window::opened() {
-    open_ = true;
+namespace {
+
+std::vector<Window*>& openWindows() {
+    static std::vector<Window*> windows;
+    return windows;
 }
 
-void Window::openWrapped(const Grid& grid, std::string_view title) {
+struct RootText {
+    int col, row;
+    std::string text;
+};
+std::vector<RootText>& rootTexts() {
+    static std::vector<RootText> texts;
+    return texts;
+}
+
+// Screen columns of a text in newt's encoding, as newt measures a window title.
+int displayWidth(const std::string& text) {
+    std::mbstate_t state{};
+    const char* in = text.c_str();
+    int width = 0;
+    wchar_t wc = 0;
+    for (std::size_t left = text.size(); left > 0;) {
+        const std::size_t n = std::mbrtowc(&wc, in, left, &state);
+        if (n == 0 || n == static_cast<std::size_t>(-1) || n == static_cast<std::size_t>(-2))
+            return width + static_cast<int>(left);
+        const int w = ::wcwidth(wc);
+        width += w > 0 ? w : 0;
+        in += n;
+        left -= n;
+    }
+    return width;
+}
+
+}  // namespace
+
+void Window::open(Place place, int left, int top, int width, int height, std::string_view title) {
     close();
     title_ = toNewt(title);
-    newtGridWrappedWindow(grid.get(), title.empty() ? nullptr : title_.data());
-    opened();
+    place_ = place;
+    left_ = left;
+    top_ = top;
+    width_ = width;
+    height_ = height;
+    form_ = nullptr;
+    map();
+    open_ = true;
+    openWindows().push_back(this);
+}
+
+void Window::map() {
+    const char* title = title_.empty() ? nullptr : title_.c_str();
+    if (place_ == Place::Centered) {
+        newtCenteredWindow(width_, height_, title);
+    } else {
+        newtOpenWindow(left_, top_, width_, height_, title);
+    }
+    mapped_ = true;
+}
+
+// As newtGridWrappedWindow places it, but with the window's size known to the toolkit: the grid
+// one column and row in, the window two wider and higher, and at least as wide as its title and
+// two columns either side, the grid then centred in it.
+void Window::openWrapped(const Grid& grid, std::string_view title) {
+    int width = 0, height = 0;
+    grid.size(width, height);
+    int inner = width + 2;
+    if (!title.empty())
+        inner = std::max(inner, displayWidth(toNewt(title)) + 4);
+    open(Place::Centered, 0, 0, inner, height + 2, title);
+    newtGridPlace(grid.get(), 1 + (inner - (width + 2)) / 2, 1);
 }
 
 void Window::openCentered(int width, int height, std::string_view title) {
-    close();
-    title_ = toNewt(title);
-    newtCenteredWindow(width, height, title.empty() ? nullptr : title_.c_str());
-    opened();
+    open(Place::Centered, 0, 0, width, height, title);
 }
 
 void Window::openAt(int left, int top, int width, int height, std::string_view title) {
-    close();
-    title_ = toNewt(title);
-    newtOpenWindow(left, top, width, height, title.empty() ? nullptr : title_.c_str());
-    opened();
+    open(Place::At, left, top, width, height, title);
 }
 
 void Window::close() {
-    if (open_) {
+    if (!open_)
+        return;
+    if (mapped_)
         newtPopWindow();
-        open_ = false;
+    open_ = mapped_ = false;
+    auto& windows = openWindows();
+    windows.erase(std::remove(windows.begin(), windows.end(), this), windows.end());
+}
+
+void WindowStack::unmapAll() {
+    auto& windows = openWindows();
+    for (auto it = windows.rbegin(); it != windows.rend(); ++it) {
+        if ((*it)->mapped_) {
+            newtPopWindowNoRefresh();
+            (*it)->mapped_ = false;
+        }
+    }
+}
+
+void WindowStack::mapAll() {
+    newtCls();
+    newtRedrawHelpLine();
+    for (const RootText& t : rootTexts())
+        newtDrawRootText(t.col, t.row, t.text.c_str());
+    for (Window* w : openWindows()) {
+        w->map();
+        if (w->form_ != nullptr)
+            newtDrawForm(w->form_);
+    }
+    newtRefresh();
+}
+
+void WindowStack::formRuns(newtComponent form) {
+    if (!openWindows().empty())
+        openWindows().back()->form_ = form;
+}
+
+void WindowStack::formDies(newtComponent form) {
+    for (Window* w : openWindows()) {
+        if (w->form_ == form)
+            w->form_ = nullptr;
     }
 }
 
@@ -309,7 +425,12 @@ void listboxSetEntry(newtComponent listbox, int num, std::string_view text) {
 }
 
 void drawRootText(int col, int row, std::string_view text) {
-    newtDrawRootText(col, row, toNewt(text).c_str());
+    std::string converted = toNewt(text);
+    newtDrawRootText(col, row, converted.c_str());
+    // Kept to be drawn again after a resize; a text drawn again at its place replaces the old.
+    auto& texts = rootTexts();
+    std::erase_if(texts, [&](const RootText& t) { return t.col == col && t.row == row; });
+    texts.push_back({col, row, std::move(converted)});
 }
 
 }  // namespace zolui

@@ -59,6 +59,9 @@ class Form {
     newtComponent form_ = nullptr;
     std::vector<std::pair<newtComponent, int>> ids_;
     std::vector<std::pair<int, int>> hotKeys_;
+    int timerMs_ = 0;  // the screen's own timer, 0 for none
+    // How often a form run looks at the terminal (new size, SIGTERM, SIGHUP).
+    static constexpr int kTerminalLookMs = 100;
     std::vector<std::unique_ptr<CallbackSlot>> callbacks_;
     std::vector<std::unique_ptr<FilterSlot>> filters_;
 };
@@ -93,6 +96,9 @@ class Grid {
 
 // A newt window, popped when the guard dies. Declared before the form, opened once the grid is
 // built: the form then dies first, the window last.
+// Every open window is on the toolkit's stack with its size, so that a new terminal size can take
+// them all down and open them again centred for it (see terminal_events.h); components sit
+// relative to their window, so they move with it.
 class Window {
   public:
     Window() = default;
@@ -107,10 +113,29 @@ class Window {
     void close();
 
   private:
-    void opened();
+    friend struct WindowStack;
+    enum class Place { Centered, At };
+    void open(Place place, int left, int top, int width, int height, std::string_view title);
+    void map();  // opens the newt window at the recorded place
 
     bool open_ = false;
-    std::string title_;  // kept for the window's life: newt may keep the pointer
+    bool mapped_ = false;  // a newt window stands for it now (not while taken down for a resize)
+    Place place_ = Place::Centered;
+    int left_ = 0, top_ = 0, width_ = 0, height_ = 0;
+    std::string title_;             // kept for the window's life: newt may keep the pointer
+    newtComponent form_ = nullptr;  // the form last run in it, drawn again with it
+};
+
+// The toolkit's open windows, bottom first: what a new terminal size redraws.
+struct WindowStack {
+    // Takes every window down (newest first), leaving the root screen.
+    static void unmapAll();
+    // Draws the root again (help line, root texts) and opens every window again, oldest first,
+    // each with the form last run in it.
+    static void mapAll();
+    // The form that runs in the newest window, and the form that died.
+    static void formRuns(newtComponent form);
+    static void formDies(newtComponent form);
 };
 
 // Gives the terminal back to the shell for the guard's life (newtSuspend / newtResume).

@@ -222,18 +222,12 @@ std::optional<Value> Key::value(const std::string& name) const {
 }
 
 Transaction::Transaction() {
-    check(ZolRegBeginTransaction());
-    active_ = true;
-}
-
-Transaction::~Transaction() {
-    if (active_)
-        ZolRegRollbackTransaction();
+    if (const LONG rc = tx_.status(); rc != ERROR_SUCCESS)
+        check(rc, "", std::nullopt);
 }
 
 void Transaction::commit() {
-    active_ = false;
-    check(ZolRegCommitTransaction());
+    check(tx_.commit());
 }
 
 void deleteTree(const std::string& sub) {

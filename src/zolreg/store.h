@@ -3,6 +3,7 @@
 #pragma once
 
 #include <zolwin.h>
+#include <zolwin_transaction.h>
 
 #include <optional>
 #include <stdexcept>
@@ -74,13 +75,10 @@ class Key {
 class Transaction {
   public:
     Transaction();
-    ~Transaction();
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
     void commit();
 
   private:
-    bool active_ = false;
+    zolwin::Transaction tx_;
 };
 
 // Deletes a key with everything below it. Run it inside a Transaction.

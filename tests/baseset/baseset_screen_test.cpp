@@ -11,6 +11,8 @@
 
 #include "frame/textformat.h"
 #include "frame_test_util.h"
+#include "regpaths.h"
+#include "store_reader.h"
 
 namespace keys = zoltest::keys;
 using frametest::english;
@@ -20,60 +22,24 @@ using zoltest::ProductRoot;
 
 namespace {
 
-const std::string kMethodKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method\\";
+const std::string kMethodKey = ZOL_KEY_METHOD "\\";
 
 // Reads a REG_DWORD of a base-setting method straight from the root's store.
 DWORD MethodDword(const ProductRoot& root, const std::string& method, const char* value) {
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    HKEY key = nullptr;
-    DWORD data = 0xDEADBEEF, type = 0, size = sizeof data;
-    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, (kMethodKey + method).c_str(), 0, KEY_READ, &key) == 0) {
-        if (RegQueryValueEx(key, value, nullptr, &type, reinterpret_cast<BYTE*>(&data), &size) !=
-                0 ||
-            type != REG_DWORD)
-            data = 0xDEADBEEF;
-        RegCloseKey(key);
-    }
-    ZolRegCloseStore();
-    return data;
+    return zoltest::StoreReader(root).dword(kMethodKey + method, value).value_or(0xDEADBEEF);
 }
 
 // The stored SNMP trap destinations, in order.
 std::vector<std::string> TrapDestinations(const ProductRoot& root) {
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    HKEY key = nullptr;
-    std::vector<std::string> list;
-    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, (kMethodKey + "MANAGER (SNMP)").c_str(), 0, KEY_READ,
-                     &key) == 0) {
-        std::string data(70000, '\0');
-        DWORD type = 0, size = static_cast<DWORD>(data.size());
-        if (RegQueryValueEx(key, "TrapDest", nullptr, &type, reinterpret_cast<BYTE*>(data.data()),
-                            &size) == 0) {
-            for (std::size_t at = 0; at < size && data[at] != '\0';) {
-                list.emplace_back(data.c_str() + at);
-                at += list.back().size() + 1;
-            }
-        }
-        RegCloseKey(key);
-    }
-    ZolRegCloseStore();
-    return list;
+    return zoltest::StoreReader(root)
+        .multiString(kMethodKey + "MANAGER (SNMP)", "TrapDest")
+        .value_or(std::vector<std::string>{});
 }
 
 void SetTrapDestinations(const ProductRoot& root, const std::vector<std::string>& list) {
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    std::string data;
-    for (const std::string& address : list)
-        data += address + '\0';
-    data += '\0';
-    HKEY key = nullptr;
-    ASSERT_EQ(RegCreateKey(HKEY_LOCAL_MACHINE, (kMethodKey + "MANAGER (SNMP)").c_str(), &key), 0);
-    EXPECT_EQ(
-        RegSetValueEx(key, "TrapDest", 0, REG_MULTI_SZ, reinterpret_cast<const BYTE*>(data.data()),
-                      static_cast<DWORD>(data.size())),
-        0);
-    RegCloseKey(key);
-    ZolRegCloseStore();
+    ASSERT_EQ(
+        zoltest::StoreReader(root).setMultiString(kMethodKey + "MANAGER (SNMP)", "TrapDest", list),
+        ERROR_SUCCESS);
 }
 
 void DeleteMethod(const ProductRoot& root, const std::string& method) {
@@ -158,8 +124,8 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
         frametest::closeMenu(*t);
     }
     ProductRoot root;
-    frametest::zolreg(root, {"add", "HKLM\\SOFTWARE\\Tavik\\VNTService\\SETUP", "/v", "Installed",
-                             "/t", "REG_DWORD", "/d", "0", "/f"});
+    frametest::zolreg(root, {"add", "HKLM\\" ZOL_KEY_VNT_SETUP, "/v", "Installed", "/t",
+                             "REG_DWORD", "/d", "0", "/f"});
     DeleteMethod(root, "MANAGER (TCP_IP IN-BAND)");
     auto t = OpenBaseMenu(root);
     const int first = t->findRow(english(root, rows[0]));

@@ -8,13 +8,14 @@
 #include <string>
 
 #include "frame_test_util.h"
+#include "regpaths.h"
 
 namespace desttest {
 
 using zoltest::ProductRoot;
 using zoltest::Terminal;
 
-inline const std::string kIDList = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+inline const std::string kIDList = ZOL_KEY_ID_LIST;
 
 // A value's bytes as stored (texts with their terminator); "?" when it cannot be read.
 std::string stored(const ProductRoot& root, const std::string& key, const char* name);

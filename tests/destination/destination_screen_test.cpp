@@ -8,6 +8,7 @@
 
 #include "dest_screen_util.h"
 #include "frame/textformat.h"
+#include "regpaths.h"
 
 namespace keys = zoltest::keys;
 using frametest::english;
@@ -193,8 +194,8 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
 TEST(DestinationList, DeleteRemovesTheIDEverywhereButNeverABuiltInOne) {
     ProductRoot root;
     addText(root, kIDList + "\\Ops", "Method", "MANAGER (SNMP)");
-    const std::string events = "SOFTWARE\\Tavik\\ZolAlertMan\\AgentEvent\\ZolDisk\\80000001\\Dest";
-    const std::string items = "SOFTWARE\\Tavik\\ZolAlertMan\\SyslogMonitor\\kernel\\5\\Dest";
+    const std::string events = ZOL_KEY_AGENTEVENT "\\ZolDisk\\80000001\\Dest";
+    const std::string items = ZOL_KEY_SYSLOG "\\kernel\\5\\Dest";
     for (const std::string& dest : {events, items}) {
         addDword(root, dest, "Ops", 1);
         addDword(root, dest, "SNMP", 1);
@@ -245,7 +246,7 @@ TEST(DestinationList, EmptyTableShowsNoneAndWarns) {
     frametest::zolreg(root, {"delete", "HKLM\\" + kIDList, "/f"});
     addText(root, kIDList + "\\SYSLOG", "Method", "SYSLOG");
     // Without the remote report service the list needs nothing of its destination.
-    addDword(root, "SOFTWARE\\Tavik\\VNTService\\SETUP", "Installed", 0);
+    addDword(root, ZOL_KEY_VNT_SETUP, "Installed", 0);
     auto t = openList(root);
     ASSERT_TRUE(t->waitForText("<none>")) << t->dump();
     EXPECT_FALSE(t->contains("SYSLOG")) << t->dump();

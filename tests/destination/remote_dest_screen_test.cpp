@@ -7,6 +7,7 @@
 
 #include "dest_screen_util.h"
 #include "frame/textformat.h"
+#include "regpaths.h"
 
 namespace keys = zoltest::keys;
 using frametest::english;
@@ -14,7 +15,7 @@ using namespace desttest;
 
 namespace {
 
-const std::string kService = "SOFTWARE\\Tavik\\VNTService";
+const std::string kService = ZOL_KEY_VNTSERVICE;
 const std::string kAddress = kIDList + "\\VantrelReport\\Address";
 
 // Selects VantrelReport and presses Change; waits for the editor.

@@ -6,6 +6,7 @@
 
 #include "frame/textformat.h"
 #include "frame_test_util.h"
+#include "regpaths.h"
 
 namespace fs = std::filesystem;
 namespace keys = zoltest::keys;
@@ -34,9 +35,8 @@ TEST(FrameMenu, RowsFollowTheRemoteReportInstallation) {
     int closeDistance[2] = {};
     for (const bool installed : {true, false}) {
         ProductRoot root;
-        frametest::zolreg(
-            root, {"add", "HKLM\\SOFTWARE\\Tavik\\VNTService\\SETUP", "/v", "Installed", "/t",
-                   "REG_DWORD", "/d", installed ? "1" : "0", "/f"});
+        frametest::zolreg(root, {"add", "HKLM\\" ZOL_KEY_VNT_SETUP, "/v", "Installed", "/t",
+                                 "REG_DWORD", "/d", installed ? "1" : "0", "/f"});
         auto t = frametest::startMenu(root);
         const std::string close = english(root, "BUTTON_CLOSE_ID");
         ASSERT_TRUE(t->waitForText(close)) << t->dump();
@@ -111,7 +111,7 @@ TEST(FrameMenu, LongLabelIsCutToFortyColumnsAndJapaneseIsLegible) {
 // library without CheckInstVantrel, then one without the destination loader.
 TEST(FrameMenu, FailuresBehindTheRows) {
     ProductRoot root;
-    const std::string idList = "HKLM\\SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+    const std::string idList = "HKLM\\" ZOL_KEY_ID_LIST;
     frametest::zolreg(root, {"delete", idList, "/f"});
     frametest::zolreg(root, {"add", idList, "/f"});
     for (const int row : {2, 3}) {

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "frame_test_util.h"
+#include "regpaths.h"
 
 namespace fs = std::filesystem;
 using frametest::traceCount;
@@ -56,7 +57,7 @@ TEST(FrameStartup, MissingMessageFileEndsWithStatusZero) {
 TEST(FrameStartup, StoreNotReadyExitsWithStatusZeroAndAMessage) {
     const std::vector<std::function<void(const ProductRoot&)>> breakStore = {
         [](const ProductRoot& root) {
-            frametest::zolreg(root, {"delete", "HKLM\\SOFTWARE\\Tavik\\ZolAlertMan", "/f"});
+            frametest::zolreg(root, {"delete", "HKLM\\" ZOL_KEY_ALERTMAN, "/f"});
         },
         [](const ProductRoot& root) {
             fs::remove(root.store().string() + "-wal");

@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "frame_test_util.h"
+#include "regpaths.h"
 
 namespace keys = zoltest::keys;
 using frametest::english;
@@ -69,8 +70,7 @@ TEST(FrameSyslogEntry, WithoutMonitorThenHeldElsewhereFreeAndHeldAgain) {
     zoltest::ScopedEnv zolDir{"ZolDir", root.path().string()};  // the named objects of this root
     // A destination, so that the event screens can be entered.
     frametest::zolreg(
-        root, {"add", "HKLM\\SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\FRAMETEST", "/v",
-               "Method", "/d", "SNMP", "/f"});
+        root, {"add", "HKLM\\" ZOL_KEY_ID_LIST "\\FRAMETEST", "/v", "Method", "/d", "SNMP", "/f"});
     auto t = frametest::startMenu(root);
     runSyslogScreen(root, *t, [] {});
     // The entry ends (its last trace line) before the event exists.

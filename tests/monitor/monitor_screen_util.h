@@ -9,10 +9,11 @@
 #include <vector>
 
 #include "frame_test_util.h"
+#include "regpaths.h"
 
 namespace montest {
 
-inline const std::string kAlertMan = "SOFTWARE\\Tavik\\ZolAlertMan";
+inline const std::string kAlertMan = ZOL_KEY_ALERTMAN;
 
 // Replaces the agent event catalogue and the syslog items of the root by the REGEDIT4 lines
 // given (keys relative to SOFTWARE\Tavik\ZolAlertMan, values as in a .reg file).

@@ -78,8 +78,9 @@ TEST_F(TraceFile, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
     }
     // Line breaks in the text are shown, not written; a long text is cut and marked.
     EXPECT_EQ(fields, (std::vector<std::string>{
-                          "1 trace_test.cpp:TestBody:" + std::to_string(line) + " <return 1.",
-                          "0 menu.cpp:EditParameter:123 > [IN] hLibRPTSET=7",
+                          "1 tests/platform/trace_test.cpp:TestBody:" + std::to_string(line) +
+                              " <return 1.",
+                          "0 /src/frame/menu.cpp:EditParameter:123 > [IN] hLibRPTSET=7",
                           "2 menu.cpp:Split:7 first\\nsecond\\r\\nthird\\n", "2 ?:?:0 ",
                           "1 f.cpp:fn:1 BEGIN" + std::string(25, 'y')}));
     EXPECT_TRUE(got[4]->text.ends_with("[...]"));
@@ -90,6 +91,44 @@ TEST_F(TraceFile, OneLinePerCallWithItsFieldsUpToTheMaximumLevel) {
     TraceLogInit(0, "tracefmt", 0, -1, 0);  // a new init sets a new maximum
     TraceLog(TRACE_LEVEL_TRACE, "f.cpp", "fn", 1, "hidden");
     EXPECT_EQ(readTrace(root.traceFile("tracefmt")).size(), 5u);
+}
+
+// A line written inside a lambda, and inside a lambda inside that one, names the function that
+// holds them, as a line of the function itself does. Each text carries the line it is written on.
+int traceFromLambdas() {
+    ZOL_TRACE(TRACE_LEVEL_ERROR, "%d", __LINE__);
+    auto outer = [](int v) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "%d", __LINE__);
+        auto inner = [v] { ZOL_TRACE(TRACE_LEVEL_ERROR, "%d", __LINE__ + v - v); };
+        inner();
+        return v;
+    };
+    return outer(7);
+}
+
+struct Tracer {
+    void run() const {
+        [this] { ZOL_TRACE(TRACE_LEVEL_ERROR, "%d", __LINE__ + value - value); }();
+    }
+    int value = 3;
+};
+
+TEST_F(TraceFile, LambdaLinesNameTheirEnclosingFunctionAndTheUnitsPath) {
+    ASSERT_EQ(TraceLogInit(0, "tracelambda", 0, TRACE_LEVEL_INFO, 0), 0);
+    traceFromLambdas();
+    Tracer{}.run();
+    std::vector<std::string> where;
+    for (const auto& t : readTrace(root.traceFile("tracelambda"))) {
+        ASSERT_TRUE(t);
+        where.push_back(t->where.substr(0, t->where.rfind(':') + 1) + t->text);
+        EXPECT_TRUE(t->where.ends_with(":" + t->text)) << t->where << " " << t->text;
+    }
+    const std::string unit = "tests/platform/trace_test.cpp:";
+    ASSERT_EQ(where.size(), 4u);
+    EXPECT_EQ(where[0].substr(0, where[0].rfind(':')), unit + "traceFromLambdas");
+    EXPECT_EQ(where[1].substr(0, where[1].rfind(':')), unit + "traceFromLambdas");
+    EXPECT_EQ(where[2].substr(0, where[2].rfind(':')), unit + "traceFromLambdas");
+    EXPECT_EQ(where[3].substr(0, where[3].rfind(':')), unit + "run");
 }
 
 TEST_F(TraceFile, WithoutInitOrLogFolderLinesAreDroppedQuietly) {

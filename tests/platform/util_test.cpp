@@ -3,11 +3,14 @@
 #include <arpa/inet.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <cstring>
 #include <filesystem>
 #include <string>
 
 #include "product_root.h"
+#include "regpaths.h"
 #include "zolwin.h"
 
 namespace {
@@ -87,12 +90,46 @@ TEST(IsZOLntserverReady, OnlyForAGoodStoreHoldingTheManagersKey) {
 
     ASSERT_EQ(ZolRegCreateStore(), ERROR_SUCCESS);
     HKEY key = nullptr;
-    for (const char* path : {"SOFTWARE\\Tavik\\VNTService", "SOFTWARE\\Tavik\\ZolAlertMan"}) {
+    for (const char* path : {ZOL_KEY_VNTSERVICE, ZOL_KEY_ALERTMAN}) {
         EXPECT_FALSE(IsZOLntserverReady()) << "before " << path;
         ASSERT_EQ(RegCreateKey(HKEY_LOCAL_MACHINE, path, &key), 0);
         RegCloseKey(key);
     }
     EXPECT_TRUE(IsZOLntserverReady());
+    ZolRegCloseStore();
+}
+
+// The start-up check reads every page of the store through SQLite's quick check, once, when it
+// opens the connection: a store whose header is sound but one of whose pages is damaged is not
+// ready.
+TEST(IsZOLntserverReady, NotForAStoreWithADamagedPage) {
+    zoltest::ProductRoot root(false);
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    ZolRegCloseStore();
+    ASSERT_EQ(ZolRegCreateStore(), ERROR_SUCCESS);
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKey(HKEY_LOCAL_MACHINE, ZOL_KEY_ALERTMAN, &key), 0);
+    const std::string text(200, 'v');
+    for (int i = 0; i < 200; ++i) {
+        const std::string name = "Value" + std::to_string(i);
+        ASSERT_EQ(
+            RegSetValueEx(key, name.c_str(), 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
+                          static_cast<DWORD>(text.size() + 1)),
+            0);
+    }
+    RegCloseKey(key);
+    EXPECT_TRUE(IsZOLntserverReady());
+    ZolRegCloseStore();  // the last connection writes everything into the file
+
+    // Zero the last page, a b-tree page of the values, behind SQLite's back.
+    std::string bytes = zoltest::readFile(root.store());
+    constexpr std::size_t kPage = 4096;
+    ASSERT_GE(bytes.size(), 4 * kPage);
+    std::fill(bytes.end() - static_cast<std::ptrdiff_t>(kPage), bytes.end(), '\0');
+    zoltest::writeFile(root.store(), bytes);
+
+    EXPECT_FALSE(IsZOLntserverReady()) << "a new connection";
+    EXPECT_EQ(ZolRegCheckStore(0), ERROR_REGISTRY_CORRUPT);
     ZolRegCloseStore();
 }
 

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "frame/libraries.h"
+#include "regpaths.h"
 #include "services_test_util.h"
+#include "store_reader.h"
 
 namespace svctest {
 namespace {
@@ -40,21 +42,10 @@ class DestWriteTest : public ServicesTest {
     }
     // A REG_SZ value as stored, without its terminator.
     std::string RawText(const std::string& key, const char* name) {
-        char data[64] = {};
-        DWORD size = sizeof data - 1;
-        HKEY k = nullptr;
-        if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &k) == ERROR_SUCCESS)
-            RegQueryValueEx(k, name, nullptr, nullptr, reinterpret_cast<BYTE*>(data), &size);
-        RegCloseKey(k);
-        return data;
+        return zoltest::StoreReader(root()).text(key, name).value_or("");
     }
     bool HasValue(const std::string& key, const char* name) {
-        HKEY k = nullptr;
-        if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &k) != ERROR_SUCCESS)
-            return false;
-        const bool found = RegQueryValueEx(k, name, nullptr, nullptr, nullptr, nullptr) == 0;
-        RegCloseKey(k);
-        return found;
+        return zoltest::StoreReader(root()).has(key, name);
     }
     SetDestSetting_fn* set = nullptr;
     GetDestSetting_fn* get = nullptr;
@@ -160,8 +151,8 @@ TEST_F(DestWriteTest, AFieldThatCannotBeStoredLeavesTheOldRecord) {
 }
 
 TEST_F(DestWriteTest, DeletingAnIDUnbindsItFromEventsAndSyslogItems) {
-    const std::string events = "SOFTWARE\\Tavik\\ZolAlertMan\\AgentEvent";
-    const std::string items = "SOFTWARE\\Tavik\\ZolAlertMan\\SyslogMonitor";
+    const std::string events = ZOL_KEY_AGENTEVENT;
+    const std::string items = ZOL_KEY_SYSLOG;
     const std::vector<std::string> bound = {
         events + "\\Disk\\1001\\Dest", events + "\\Disk\\All\\Dest", items + "\\kernel\\5\\Dest"};
     ASSERT_EQ(Set(DEST_OP_CREATE, "Ops"), 0);
@@ -232,9 +223,9 @@ TEST_F(VantrelDestTest, MailSettingsAndTheServiceStateMessage) {
     EXPECT_NE(Message().find("key floppy has not been read"), std::string::npos);
     EXPECT_EQ(std::string(mail.MailTo) + "|" + mail.Subject + "|" + std::to_string(mail.Opening),
               "desk@example.com||1");
-    SetDword("SOFTWARE\\Tavik\\VNTService", "InstVantrelKeyFD", 1);
+    SetDword(ZOL_KEY_VNTSERVICE, "InstVantrelKeyFD", 1);
     EXPECT_NE(Message().find("no service centre address"), std::string::npos);
-    SetText("SOFTWARE\\Tavik\\VNTService\\SETUP", "MAILADRS", "centre@example.net");
+    SetText(ZOL_KEY_VNT_SETUP, "MAILADRS", "centre@example.net");
     EXPECT_NE(Message().find("centre@example.net"), std::string::npos);
     {
         zoltest::ScopedEnv japanese("LC_ALL", "ja_JP.UTF-8");

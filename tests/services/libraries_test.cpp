@@ -8,6 +8,7 @@
 #include "frame/libraries.h"
 #include "frame/msgfile.h"
 #include "frame/rptset_calls.h"
+#include "regpaths.h"
 #include "services_test_util.h"
 
 namespace svctest {
@@ -126,7 +127,7 @@ TEST_F(LibrariesTest, PackageNeverStopsEarly) {
 }
 
 TEST_F(LibrariesTest, RegReadExReadsValuesAndReportsWhatIsMissing) {
-    const std::string key = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting";
+    const std::string key = ZOL_KEY_BASESETTING;
     SetText(key, "Text", "abc");
     SetText(key, "Long", std::string(40, 'z'));
     DWORD type = 99, size = 0;

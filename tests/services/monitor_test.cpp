@@ -10,13 +10,14 @@
 #include <vector>
 
 #include "frame/libraries.h"
+#include "regpaths.h"
 #include "services_test_util.h"
 
 namespace svctest {
 namespace {
 
-const std::string kAgent = "SOFTWARE\\Tavik\\ZolAlertMan\\AgentEvent";
-const std::string kSyslog = "SOFTWARE\\Tavik\\ZolAlertMan\\SyslogMonitor";
+const std::string kAgent = ZOL_KEY_AGENTEVENT;
+const std::string kSyslog = ZOL_KEY_SYSLOG;
 
 // A record as the screens hold one: zero-filled, with 50 destination buffers of 4096 bytes.
 template <class Record>

@@ -8,12 +8,13 @@
 #include <vector>
 
 #include "frame/libraries.h"
+#include "regpaths.h"
 #include "services_test_util.h"
 
 namespace svctest {
 namespace {
 
-const std::string kMethods = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method";
+const std::string kMethods = ZOL_KEY_METHOD;
 const std::string kAddress = kIDList + "\\VantrelReport\\Address";
 
 class RptsetBaseTest : public ServicesTest {
@@ -36,7 +37,7 @@ class RptsetBaseTest : public ServicesTest {
     std::string Snapshot() {
         const auto file = root().path() / "snapshot.reg";
         const auto r = zoltest::run(
-            {root().bin("zolreg").string(), "export", "HKLM\\SOFTWARE\\Tavik", file.string(), "/y"},
+            {root().bin("zolreg").string(), "export", "HKLM\\" ZOL_KEY_TAVIK, file.string(), "/y"},
             root().env());
         EXPECT_EQ(r.status, 0) << r.err;
         return zoltest::readFile(file);
@@ -116,6 +117,7 @@ TEST_F(RptsetBaseTest, MethodsSeededReadWrittenAndRefused) {
 TEST_F(RptsetBaseTest, InternetMailBaseRecordAndMode) {
     char path[BASE_REG_PATH_SIZE] = {};
     ASSERT_EQ(Bind<AMAMGetBaseRegPath_fn>("AMAMGetBaseRegPath")(path), 1);
+    // Spelled out: the path the program is given is fixed, whatever the shared header says.
     EXPECT_STREQ(path,
                  "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet "
                  "Mail)\\Setting");
@@ -159,12 +161,12 @@ TEST_F(RptsetBaseTest, InternetMailBaseRecordAndMode) {
 
     // Internet-mail mode: the service installed and the switch on.
     auto* mode = Bind<CheckInternetMailMode_fn>("CheckInternetMailMode");
-    const std::string base = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting";
+    const std::string base = ZOL_KEY_BASESETTING;
     EXPECT_NE(mode(), 0);
     SetDword(base, "InternetMailMode", 0);
     EXPECT_EQ(mode(), 0);
     SetDword(base, "InternetMailMode", 1);
-    SetDword("SOFTWARE\\Tavik\\VNTService\\SETUP", "Installed", 0);
+    SetDword(ZOL_KEY_VNT_SETUP, "Installed", 0);
     EXPECT_EQ(mode(), 0);
 }
 
@@ -403,7 +405,7 @@ TEST_F(RptsetBaseTest, DeliveryMethodAndOpeningReport) {
     EXPECT_EQ(setMethod(4), -1);
     EXPECT_EQ(setMethod(-1), -1);
     EXPECT_EQ(getMethod(nullptr), -1);
-    SetDword("SOFTWARE\\Tavik\\VNTService", "MethodType", 9);  // damaged: not a method
+    SetDword(ZOL_KEY_VNTSERVICE, "MethodType", 9);  // damaged: not a method
     EXPECT_EQ(getMethod(&method), -1);
     EXPECT_EQ(method, VANTREL_HTTPS);
 
@@ -431,7 +433,7 @@ TEST_F(RptsetBaseTest, DeliveryMethodAndOpeningReport) {
 TEST_F(RptsetBaseTest, GenericValueReadAndWrite) {
     auto* read = Bind<AMAMRegReadEx_fn>("AMAMRegReadEx");
     auto* write = Bind<AMAMRegWrite_fn>("AMAMRegWrite");
-    const std::string key = "SOFTWARE\\Tavik\\VNTService\\SETTING\\Extra";  // created on write
+    const std::string key = ZOL_KEY_VNT_SETTING "\\Extra";  // created on write
     const char comment[] = "free text";
     const DWORD port = 2525;
     ASSERT_NE(write(HKEY_LOCAL_MACHINE, key.c_str(), "Comment", REG_SZ, comment, 20), 0);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "frame/libraries.h"
+#include "regpaths.h"
 #include "services_test_util.h"
 
 namespace svctest {
@@ -33,7 +34,7 @@ class RptsetTest : public ServicesTest {
 TEST_F(RptsetTest, InstallationFlag) {
     auto* checkInst = BindFromHandle<CheckInstVantrel_fn>(hLibRPTSET, "CheckInstVantrel");
     ASSERT_NE(checkInst, nullptr);
-    const std::string setup = "SOFTWARE\\Tavik\\VNTService\\SETUP";
+    const std::string setup = ZOL_KEY_VNT_SETUP;
     EXPECT_EQ(checkInst(), 0);  // no key
     CreateKey(setup);
     EXPECT_EQ(checkInst(), 0);  // no value

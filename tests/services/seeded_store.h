@@ -5,15 +5,15 @@
 
 #include <string>
 
+#include "regpaths.h"
 #include "services_test_util.h"
 
 namespace svctest {
 
-inline const std::string kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+inline const std::string kServiceKey = ZOL_KEY_VNTSERVICE;
 inline const std::string kSettingKey = kServiceKey + "\\SETTING";
 inline const std::string kHeartBeatKey = kServiceKey + "\\HeartBeat";
-inline const std::string kHttpsKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(HTTPS)\\Setting";
+inline const std::string kHttpsKey = ZOL_KEY_HTTPS_SETTING;
 
 class SeededStoreTest : public ServicesTest {
   protected:
@@ -40,7 +40,7 @@ class SeededStoreTest : public ServicesTest {
     // Every value below SOFTWARE\Tavik as zolreg exports it: a failed call must leave it equal.
     std::string Snapshot() const {
         const zoltest::RunResult r =
-            zoltest::run({root().bin("zolreg").string(), "export", "HKLM\\SOFTWARE\\Tavik",
+            zoltest::run({root().bin("zolreg").string(), "export", "HKLM\\" ZOL_KEY_TAVIK,
                           (root().path() / "snapshot.reg").string(), "/y"},
                          root().env());
         EXPECT_EQ(r.status, 0) << r.err;

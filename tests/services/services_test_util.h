@@ -12,10 +12,11 @@
 
 #include "frame/libraries.h"
 #include "product_root.h"
+#include "regpaths.h"
 
 namespace svctest {
 
-inline const std::string kIDList = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+inline const std::string kIDList = ZOL_KEY_ID_LIST;
 
 class ServicesTest : public ::testing::Test {
   protected:

@@ -8,12 +8,13 @@
 #include <vector>
 
 #include "frame/libraries.h"
+#include "regpaths.h"
 #include "services_test_util.h"
 
 namespace svctest {
 namespace {
 
-const std::string kService = "SOFTWARE\\Tavik\\VNTService";
+const std::string kService = ZOL_KEY_VNTSERVICE;
 const std::string kSetting = kService + "\\SETTING";
 const std::string kList = kService + "\\LIST";
 // EUC-JP kanji: an address, a person, a company.

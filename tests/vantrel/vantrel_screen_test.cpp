@@ -11,6 +11,8 @@
 
 #include "frame/textformat.h"
 #include "frame_test_util.h"
+#include "regpaths.h"
+#include "store_reader.h"
 
 namespace {
 
@@ -19,38 +21,22 @@ using frametest::english;
 using zoltest::ProductRoot;
 using zoltest::Terminal;
 
-const std::string kLoginKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
-const std::string kMethodKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method\\";
-const std::string kServiceKey = "SOFTWARE\\Tavik\\VNTService";
-const std::string kSettingKey = kServiceKey + "\\SETTING";
+const std::string kLoginKey = ZOL_KEY_MAIL_SETTING;
+const std::string kMethodKey = ZOL_KEY_METHOD "\\";
+const std::string kServiceKey = ZOL_KEY_VNTSERVICE;
+const std::string kSettingKey = ZOL_KEY_VNT_SETTING;
 
 // ---- The store, read as the libraries read it ----
 
 // A value's bytes as stored (texts with their terminator); "?" when it cannot be read.
 std::string stored(const ProductRoot& root, const std::string& key, const char* name) {
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    std::string value = "?";
-    HKEY handle = nullptr;
-    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, 0x20019, &handle) == ERROR_SUCCESS) {
-        char data[1024];
-        DWORD type = 0, size = sizeof data;
-        if (RegQueryValueEx(handle, name, nullptr, &type, reinterpret_cast<BYTE*>(data), &size) ==
-            ERROR_SUCCESS)
-            value.assign(data, size);
-        RegCloseKey(handle);
-    }
-    // The program writes between two reads: every read starts from the file.
-    ZolRegCloseStore();
-    return value;
+    const auto value = zoltest::StoreReader(root).value(key, name);
+    return value ? value->bytes : "?";
 }
 
 DWORD storedDword(const ProductRoot& root, const std::string& key, const char* name) {
-    const std::string value = stored(root, key, name);
-    DWORD number = 0xFFFFFFFF;  // no value of these screens
-    if (value.size() == sizeof number)
-        std::memcpy(&number, value.data(), sizeof number);
-    return number;
+    // 0xFFFFFFFF: no value of these screens
+    return zoltest::StoreReader(root).dword(key, name).value_or(0xFFFFFFFF);
 }
 
 std::string storedText(const ProductRoot& root, const std::string& key, const char* name) {
@@ -368,7 +354,11 @@ TEST(MailLoginDialog, EachFlagWritesOnlyItsHalf) {
     EXPECT_EQ(storedText(root, kLoginKey, "SMTPAuthUser"), "");
 
     openLogin(root, *t, true, true, false);
-    EXPECT_TRUE(t->contains("<" + english(root, "POP_DEFAULT_ID") + ">")) << t->dump();
+    // Appended rather than "<" + text: GCC 12 at -O3 takes that for an overlapping copy.
+    std::string defaultButton = "<";
+    defaultButton += english(root, "POP_DEFAULT_ID");
+    defaultButton += ">";
+    EXPECT_TRUE(t->contains(defaultButton)) << t->dump();
     t->type("carol");
     t->send(keys::Tab);
     t->type("p3");

@@ -192,8 +192,19 @@ ZOLWIN_API int TraceLogInit(int reserved1, LPCSTR program, int reserved2, int ma
 ZOLWIN_API void TraceLog(int level, LPCSTR file, LPCSTR function, int line, LPCSTR format, ...)
     __attribute__((format(printf, 5, 6)));
 
-/* Trace from the current source position. */
-#define ZOL_TRACE(level, ...) TraceLog((level), __FILE_NAME__, __func__, __LINE__, __VA_ARGS__)
+/* Trace from the current source position: the unit's path below src/ (the build maps the source
+ * folder away from __FILE__), the enclosing named function (from C++ also inside a lambda, see
+ * zolwin_trace_name.h) and the line. */
+#ifdef __cplusplus
+#define ZOL_TRACE(level, ...)                                                          \
+    do {                                                                               \
+        static constexpr auto zolTraceFunction_ =                                      \
+            ::zolwin::tracename::functionOf(__PRETTY_FUNCTION__, __func__);            \
+        TraceLog((level), __FILE__, zolTraceFunction_.c_str(), __LINE__, __VA_ARGS__); \
+    } while (0)
+#else
+#define ZOL_TRACE(level, ...) TraceLog((level), __FILE__, __func__, __LINE__, __VA_ARGS__)
+#endif
 
 /* ---- Utilities ---- */
 /* TRUE when the settings store opens, passes its quick check and holds the alert manager's key. */
@@ -214,6 +225,7 @@ ZOLWIN_API void freeslanglib(void);
 
 #ifdef __cplusplus
 }
+#include "zolwin_trace_name.h"
 #endif
 
 #endif /* ZOLWIN_H */

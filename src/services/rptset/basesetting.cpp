@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
@@ -19,11 +20,9 @@ extern "C" ZOLWIN_API CheckInstVantrel_fn CheckInstVantrel;
 
 namespace {
 
-constexpr const char* kBaseKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting";
-constexpr const char* kMethodKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method";
-constexpr char kInternetMailBasePath[] =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet "
-    "Mail)\\Setting";
+constexpr const char* kBaseKey = ZOL_KEY_BASESETTING;
+constexpr const char* kMethodKey = ZOL_KEY_METHOD;
+constexpr char kInternetMailBasePath[] = ZOL_KEY_MAIL_SETTING;
 constexpr const char* kInternetMailModeValue = "InternetMailMode";
 
 constexpr const char* kEnableValue = "Enable";
@@ -202,7 +201,7 @@ extern "C" ZOLWIN_API int GetAllBaseSetting(BaseData*** records, int* count) {
     std::vector<BaseDataPtr> all;
     LONG rc;
     {
-        rptset::ReadSnapshot snapshot;
+        zolwin::ReadSnapshot snapshot;
         rc = ReadAllMethods(&all);
     }
     // The array has at least one slot, so that the caller always has something to free.
@@ -239,7 +238,7 @@ extern "C" ZOLWIN_API int GetBaseSetting(BaseData* record) {
     auto fresh = std::make_unique<BaseData>(*record);
     LONG rc;
     {
-        rptset::ReadSnapshot snapshot;
+        zolwin::ReadSnapshot snapshot;
         rptset::Key methods;
         rc = methods.OpenRead(HKEY_LOCAL_MACHINE, kMethodKey);
         if (rc == ERROR_SUCCESS)
@@ -272,7 +271,7 @@ extern "C" ZOLWIN_API int SetBaseSetting(BaseData* record) {
                   kNoSuchMethod);
         return kNoSuchMethod;
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
         // Only a stored method is written: a misspelt name must not become a new method.
@@ -284,7 +283,7 @@ extern "C" ZOLWIN_API int SetBaseSetting(BaseData* record) {
             (rc = rptset::WriteDword(key.get(), kValueValue,
                                      static_cast<uint32_t>(record->Value))) == ERROR_SUCCESS &&
             (rc = rptset::WriteText(key.get(), kOptionValue, record->Option)) == ERROR_SUCCESS) {
-            rc = transaction.Commit();
+            rc = transaction.commit();
         }
     }
     if (rc != ERROR_SUCCESS) {
@@ -341,7 +340,7 @@ extern "C" ZOLWIN_API int GetAMBIBaseSetting(AMBIBaseData* record, const char* p
     auto fresh = std::make_unique<AMBIBaseData>(*record);
     LONG rc;
     {
-        rptset::ReadSnapshot snapshot;
+        zolwin::ReadSnapshot snapshot;
         rptset::Key key;
         rc = key.OpenRead(HKEY_LOCAL_MACHINE, path);
         for (const AMBITextField& f : kAMBITexts) {
@@ -389,7 +388,7 @@ extern "C" ZOLWIN_API int SetAMBIBaseSetting(AMBIBaseData* record, const char* p
             return 0;
         }
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
         rptset::Key key;
@@ -403,7 +402,7 @@ extern "C" ZOLWIN_API int SetAMBIBaseSetting(AMBIBaseData* record, const char* p
                 rc = rptset::WriteDword(key.get(), f.value, (*record).*f.field);
         }
         if (rc == ERROR_SUCCESS)
-            rc = transaction.Commit();
+            rc = transaction.commit();
     }
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<write of %s failed (%d).return FALSE.", path,

@@ -5,13 +5,14 @@
 #include <cstdint>
 
 #include "records.h"
+#include "regpaths.h"
 
 namespace rptset {
 
 // Plain constexpr (one copy per source file) rather than inline variables: GCC exports inline
 // variables as unique symbols, which would keep the library from ever being unloaded.
 
-constexpr const char* kIDListKey = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+constexpr const char* kIDListKey = ZOL_KEY_ID_LIST;
 
 struct DestTextField {
     const char* value;

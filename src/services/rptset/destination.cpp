@@ -146,7 +146,7 @@ extern "C" ZOLWIN_API int GetAllDestSetting(DestData** records, int* count) {
     LONG rc;
     {
         // The list cannot change between the enumeration and the reads.
-        rptset::ReadSnapshot snapshot;
+        zolwin::ReadSnapshot snapshot;
         rptset::Key idList;
         rc = idList.OpenRead(HKEY_LOCAL_MACHINE, kIDListKey);
         if (rc == ERROR_SUCCESS)
@@ -172,7 +172,7 @@ extern "C" ZOLWIN_API int GetDestSetting(DestData* record) {
     }
     LONG rc;
     {
-        rptset::ReadSnapshot snapshot;
+        zolwin::ReadSnapshot snapshot;
         rptset::Key idList;
         rc = idList.OpenRead(HKEY_LOCAL_MACHINE, kIDListKey);
         // Find the stored spelling of the ID: IDs match without regard to case.

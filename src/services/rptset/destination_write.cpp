@@ -9,6 +9,7 @@
 
 #include "dest_fields.h"
 #include "dest_store.h"
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
@@ -27,8 +28,8 @@ constexpr const char* kBuiltInIDs[] = {"TCP_IP In-Band", "TCP_IP Out-of-Band", "
 // Keys whose grandchildren (<source>\<event ID>) bind destination IDs in their subkey "Dest",
 // one value per ID.
 constexpr const char* kBindingRoots[] = {
-    "SOFTWARE\\Tavik\\ZolAlertMan\\AgentEvent",
-    "SOFTWARE\\Tavik\\ZolAlertMan\\SyslogMonitor",
+    ZOL_KEY_AGENTEVENT,
+    ZOL_KEY_SYSLOG,
 };
 
 bool IsBuiltIn(const char* id) {
@@ -135,14 +136,14 @@ extern "C" ZOLWIN_API int SetDestSetting(DestData* record) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<operation %u or ID refused.return -2.", record->Operation);
         return kRefused;
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     if (transaction.status() != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<transaction failed (%d).return -1.",
                   static_cast<int>(transaction.status()));
         return kSystemError;
     }
     int result = Apply(*record);
-    if (result == kDone && transaction.Commit() != ERROR_SUCCESS)
+    if (result == kDone && transaction.commit() != ERROR_SUCCESS)
         result = kSystemError;
     // The destructor rolls back whatever a refused or failed operation wrote.
     ZOL_TRACE(result == kDone ? TRACE_LEVEL_TRACE : TRACE_LEVEL_ERROR,

@@ -3,11 +3,12 @@
 
 #include <type_traits>
 
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
-constexpr const char* kSetupKey = "SOFTWARE\\Tavik\\VNTService\\SETUP";
+constexpr const char* kSetupKey = ZOL_KEY_VNT_SETUP;
 constexpr const char* kInstalledValue = "Installed";
 }  // namespace
 

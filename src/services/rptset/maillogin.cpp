@@ -9,13 +9,13 @@
 #include <cstring>
 #include <type_traits>
 
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
 
-constexpr const char* kLoginKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)\\Setting";
+constexpr const char* kLoginKey = ZOL_KEY_MAIL_SETTING;
 
 constexpr uint32_t kMaxPort = 65535;
 constexpr DWORD kMaxPopWait = 60;  // seconds
@@ -70,7 +70,7 @@ LONG WriteSmtp(HKEY key, const SMTPParam& smtp) {
 
 // Both halves as given, in one transaction: all of them land or nothing does.
 LONG WriteLogins(const POPParam* pop, DWORD wait, const SMTPParam* smtp) {
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
@@ -81,7 +81,7 @@ LONG WriteLogins(const POPParam* pop, DWORD wait, const SMTPParam* smtp) {
         return rc;
     if (smtp != nullptr && (rc = WriteSmtp(key.get(), *smtp)) != ERROR_SUCCESS)
         return rc;
-    return transaction.Commit();
+    return transaction.commit();
 }
 
 }  // namespace

@@ -16,6 +16,9 @@
 
 namespace rptset::monitor {
 
+using zolwin::ReadSnapshot;
+using zolwin::Transaction;
+
 bool IsTerminated(const char* field, std::size_t size) {
     return field != nullptr && std::memchr(field, '\0', size) != nullptr;
 }
@@ -594,7 +597,7 @@ int WriteOne(Record* record, int changed) {
     }
     if ((rc = SetBinding(key.get(), destination, record->ReportFlag)) != ERROR_SUCCESS)
         return WriteFailure(rc, path.c_str());
-    if ((rc = tx.Commit()) != ERROR_SUCCESS)
+    if ((rc = tx.commit()) != ERROR_SUCCESS)
         return WriteFailure(rc, path.c_str());
     return kWritten;
 }
@@ -638,7 +641,7 @@ int WriteFlagForSource(Record* record) {
             return WriteFailure(rc, (path + "\\" + event).c_str());
         }
     }
-    if ((rc = tx.Commit()) != ERROR_SUCCESS)
+    if ((rc = tx.commit()) != ERROR_SUCCESS)
         return WriteFailure(rc, path.c_str());
     return kWritten;
 }

@@ -10,12 +10,13 @@
 #include <cstdint>
 
 #include "records.h"
+#include "regpaths.h"
 
 namespace rptset::monitor {
 
-constexpr const char* kAgentEventRoot = "SOFTWARE\\Tavik\\ZolAlertMan\\AgentEvent";
-constexpr const char* kSyslogRoot = "SOFTWARE\\Tavik\\ZolAlertMan\\SyslogMonitor";
-constexpr const char* kIDListKey = "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST";
+constexpr const char* kAgentEventRoot = ZOL_KEY_AGENTEVENT;
+constexpr const char* kSyslogRoot = ZOL_KEY_SYSLOG;
+constexpr const char* kIDListKey = ZOL_KEY_ID_LIST;
 constexpr const char* kDestSubkey = "Dest";
 
 // Results of the writers, as the screens read them.

@@ -105,7 +105,7 @@ extern "C" ZOLWIN_API int AMAMRegWrite(HKEY root, const char* key, const char* v
         return 0;
     }
     // Creating the key and writing the value land together.
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
         rptset::Key target;
@@ -114,7 +114,7 @@ extern "C" ZOLWIN_API int AMAMRegWrite(HKEY root, const char* key, const char* v
             rc =
                 RegSetValueEx(target.get(), value, 0, type, static_cast<const BYTE*>(data), stored);
         if (rc == ERROR_SUCCESS)
-            rc = transaction.Commit();
+            rc = transaction.commit();
     }
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<write of %s\\%s failed (%d).return FALSE.", key, value,

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <zolwin.h>
+#include <zolwin_transaction.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -60,51 +61,8 @@ LONG DeleteTree(HKEY parent, const char* name);
 
 // ---- Transactions and writing ----
 
-// One store transaction for a write of several values. Leaving the scope without Commit rolls
-// it back, so an early return never leaves half a record behind. Nests inside a caller's own
-// transaction as the platform's transactions do (only the outermost commit writes).
-class Transaction {
-  public:
-    Transaction() : begun_(ZolRegBeginTransaction()) {}
-    ~Transaction() {
-        if (begun_ == ERROR_SUCCESS && !ended_)
-            ZolRegRollbackTransaction();
-    }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-
-    // ERROR_SUCCESS when the transaction could be begun.
-    LONG status() const { return begun_; }
-    // Commits; a transaction that could not be begun returns why and commits nothing, since
-    // a commit of our own level would otherwise end a caller's outer transaction.
-    LONG Commit() {
-        if (begun_ != ERROR_SUCCESS)
-            return begun_;
-        ended_ = true;
-        return ZolRegCommitTransaction();
-    }
-
-  private:
-    LONG begun_;
-    bool ended_ = false;
-};
-
-// A consistent view for a read of several values or keys: no other process's commit lands
-// between them. It always ends with a commit, which writes nothing here and, unlike a
-// rollback, leaves a caller's own outer transaction usable.
-class ReadSnapshot {
-  public:
-    ReadSnapshot() : begun_(ZolRegBeginTransaction() == ERROR_SUCCESS) {}
-    ~ReadSnapshot() {
-        if (begun_)
-            ZolRegCommitTransaction();
-    }
-    ReadSnapshot(const ReadSnapshot&) = delete;
-    ReadSnapshot& operator=(const ReadSnapshot&) = delete;
-
-  private:
-    bool begun_;
-};
+// Writes of several values run in a zolwin::Transaction, reads of several in a
+// zolwin::ReadSnapshot (zolwin_transaction.h).
 
 LONG WriteDword(HKEY key, const char* name, uint32_t value);
 // Texts are stored with their terminating zero, as every text of the store is kept.

@@ -158,7 +158,7 @@ extern "C" ZOLWIN_API int AddSyslogItem(SyslogData* record) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<return -1.");
         return -1;
     }
-    rptset::Transaction tx;
+    zolwin::Transaction tx;
     if (tx.status() != ERROR_SUCCESS)
         return AddFailure(tx.status());
     rptset::Key root;
@@ -188,7 +188,7 @@ extern "C" ZOLWIN_API int AddSyslogItem(SyslogData* record) {
     const std::string path = std::string(record->SourceName) + "\\" + record->EventID;
     if ((rc = item.Create(root.get(), path.c_str())) != ERROR_SUCCESS ||
         (rc = WriteNewItem(item.get(), record)) != ERROR_SUCCESS ||
-        (rc = tx.Commit()) != ERROR_SUCCESS) {
+        (rc = tx.commit()) != ERROR_SUCCESS) {
         return AddFailure(rc);
     }
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 1.");
@@ -208,7 +208,7 @@ extern "C" ZOLWIN_API int DelSyslogItem(const char* source, const char* eventID)
         return -1;
     }
     const bool wholeSource = std::strcmp(eventID, EVENT_ID_ALL) == 0;
-    rptset::Transaction tx;
+    zolwin::Transaction tx;
     LONG rc = tx.status();
     rptset::Key root;
     if (rc == ERROR_SUCCESS)
@@ -221,7 +221,7 @@ extern "C" ZOLWIN_API int DelSyslogItem(const char* source, const char* eventID)
             rc = DropSourceIfEmpty(root.get(), source);
     }
     if (rc == ERROR_SUCCESS)
-        rc = tx.Commit();
+        rc = tx.commit();
     if (rc == ERROR_FILE_NOT_FOUND) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<no such item.return -2.");
         return kNoSuchItem;

@@ -10,13 +10,13 @@
 #include <type_traits>
 #include <vector>
 
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
 
-constexpr const char* kSnmpMethodKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method\\" BASE_METHOD_SNMP;
+constexpr const char* kSnmpMethodKey = ZOL_KEY_METHOD "\\" BASE_METHOD_SNMP;
 constexpr const char* kTrapDestValue = "TrapDest";
 
 using TrapList = std::vector<std::string>;
@@ -98,7 +98,7 @@ LONG WriteList(const TrapList& list) {
         data += '\0';
     }
     data += '\0';
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
@@ -109,14 +109,14 @@ LONG WriteList(const TrapList& list) {
                            reinterpret_cast<const BYTE*>(data.data()),
                            static_cast<DWORD>(data.size()));
     }
-    return rc == ERROR_SUCCESS ? transaction.Commit() : rc;
+    return rc == ERROR_SUCCESS ? transaction.commit() : rc;
 }
 
 // Removes the first stored entry equal to address. The rest of the stored list is kept as
 // stored: the caller's array may hold additions not yet confirmed, which a removal must not save.
 // An address that is only in the caller's array leaves the store as it is.
 LONG RemoveFromStored(const char* address) {
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
@@ -131,7 +131,7 @@ LONG RemoveFromStored(const char* address) {
             break;
         }
     }
-    return transaction.Commit();
+    return transaction.commit();
 }
 
 // Addresses no manager can have: "this host" and the limited broadcast.
@@ -143,7 +143,7 @@ bool UnusableAddress(const char* entry) {
 // remove that is no longer stored and one to add that is stored already change nothing; a list
 // that would grow past TRAP_DEST_MAX is refused whole (ERROR_MORE_DATA).
 LONG ApplyToStored(const TrapList& added, const TrapList& removed) {
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
@@ -164,7 +164,7 @@ LONG ApplyToStored(const TrapList& added, const TrapList& removed) {
         return ERROR_MORE_DATA;
     if (stored != before && (rc = WriteList(stored)) != ERROR_SUCCESS)
         return rc;
-    return transaction.Commit();
+    return transaction.commit();
 }
 
 void CopyEntry(char* buffer, const std::string& entry) {

@@ -16,6 +16,7 @@
 
 #include "dest_fields.h"
 #include "dest_store.h"
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
@@ -24,10 +25,9 @@ extern "C" ZOLWIN_API int AMBIMyIPCheck(const char* text);
 
 namespace {
 
-constexpr const char* kAddressKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\VantrelReport\\Address";
-constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
-constexpr const char* kSetupKey = "SOFTWARE\\Tavik\\VNTService\\SETUP";
+constexpr const char* kAddressKey = ZOL_KEY_VANTREL_ADDRESS;
+constexpr const char* kServiceKey = ZOL_KEY_VNTSERVICE;
+constexpr const char* kSetupKey = ZOL_KEY_VNT_SETUP;
 
 // The mail settings of VxMLDestData, value by value.
 struct MailText {
@@ -230,7 +230,7 @@ extern "C" ZOLWIN_API int SetManagerAddress(const char* ip, uint32_t port) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return -1.");
         return -1;
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     rptset::Key address;
     if (rc == ERROR_SUCCESS)
@@ -240,7 +240,7 @@ extern "C" ZOLWIN_API int SetManagerAddress(const char* ip, uint32_t port) {
     if (rc == ERROR_SUCCESS)
         rc = rptset::WriteDword(address.get(), kManagerPortValue, port);
     if (rc == ERROR_SUCCESS)
-        rc = transaction.Commit();
+        rc = transaction.commit();
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<write failed (%d).return -1.", static_cast<int>(rc));
         return -1;
@@ -296,7 +296,7 @@ extern "C" ZOLWIN_API int SetAMAMDeseSetting(const VxMLDestData* mail, DestData*
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]Param error.return 0.");
         return 0;
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS && recordOnly == 0) {
         rptset::Key address;
@@ -307,7 +307,7 @@ extern "C" ZOLWIN_API int SetAMAMDeseSetting(const VxMLDestData* mail, DestData*
     if (rc == ERROR_SUCCESS)
         rc = WriteRecord(*record);
     if (rc == ERROR_SUCCESS)
-        rc = transaction.Commit();
+        rc = transaction.commit();
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<write failed (%d).return 0.", static_cast<int>(rc));
         return 0;

@@ -20,10 +20,10 @@ int GetList(const char* keyPath, int max, char** names, int* count) {
         return 0;
     }
     std::vector<std::string> list;
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     const bool read =
         transaction.status() == ERROR_SUCCESS && rptset::vnt::ReadList(keyPath, max, &list);
-    transaction.Commit();
+    transaction.commit();
     if (!read) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<read of %s failed.return 0.", keyPath);
         return 0;

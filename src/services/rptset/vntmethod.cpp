@@ -7,18 +7,18 @@
 #include <string>
 #include <type_traits>
 
+#include "regpaths.h"
 #include "regvalue.h"
 #include "rptset_api.h"
 
 namespace {
 
-constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
+constexpr const char* kServiceKey = ZOL_KEY_VNTSERVICE;
 constexpr const char* kMethodTypeValue = "MethodType";
-constexpr const char* kVantrelAddressKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\Destination\\ID_LIST\\VantrelReport\\Address";
+constexpr const char* kVantrelAddressKey = ZOL_KEY_VANTREL_ADDRESS;
 constexpr const char* kEOpeningValue = "EOpening";
 
-constexpr const char* kBaseMethodKey = "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Method";
+constexpr const char* kBaseMethodKey = ZOL_KEY_METHOD;
 constexpr const char* kEnableValue = "Enable";
 
 // The base-setting record of each delivery method (indexed by VANTREL_*): the service reports by
@@ -61,7 +61,7 @@ LONG SwitchRecord(const char* name, bool on) {
 
 // The method (unless kept) and every record, in one transaction.
 LONG WriteServiceSwitch(int method, bool enabled) {
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc != ERROR_SUCCESS)
         return rc;
@@ -77,7 +77,7 @@ LONG WriteServiceSwitch(int method, bool enabled) {
         if ((rc = SwitchRecord(kServiceRecords[m], enabled && m == method)) != ERROR_SUCCESS)
             return rc;
     }
-    return transaction.Commit();
+    return transaction.commit();
 }
 
 }  // namespace
@@ -113,7 +113,7 @@ extern "C" ZOLWIN_API int AMSetVntMethod(int method) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<refused: %d is not a delivery method.return -1.", method);
         return -1;
     }
-    rptset::Transaction transaction;
+    zolwin::Transaction transaction;
     LONG rc = transaction.status();
     if (rc == ERROR_SUCCESS) {
         rptset::Key key;
@@ -121,7 +121,7 @@ extern "C" ZOLWIN_API int AMSetVntMethod(int method) {
         if (rc == ERROR_SUCCESS)
             rc = rptset::WriteDword(key.get(), kMethodTypeValue, static_cast<uint32_t>(method));
         if (rc == ERROR_SUCCESS)
-            rc = transaction.Commit();
+            rc = transaction.commit();
     }
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<write of %s\\%s failed (%d).return -1.", kServiceKey,

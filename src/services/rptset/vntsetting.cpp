@@ -22,8 +22,8 @@
 namespace {
 
 using rptset::Key;
-using rptset::Transaction;
 using rptset::vnt::ReadKey;
+using zolwin::Transaction;
 
 // One 128-byte text field of a record and the SETTING value that holds it.
 template <class R>
@@ -151,7 +151,7 @@ bool ReadRecord(R* record, std::unique_ptr<R> fresh, Fill fill) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "the store cannot be read.");
         return false;
     }
-    transaction.Commit();
+    transaction.commit();
     *record = *fresh;
     return true;
 }
@@ -168,7 +168,7 @@ bool WriteSetting(Write write) {
             rc = write(key);
     }
     if (rc == ERROR_SUCCESS)
-        rc = transaction.Commit();
+        rc = transaction.commit();
     if (rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "write of %s failed (%d); nothing written.",
                   rptset::vnt::kSettingKey, static_cast<int>(rc));
@@ -359,7 +359,7 @@ extern "C" ZOLWIN_API int GetVntVendSetting(VntVendData* record, char** vendors,
         ok = key.Open(rptset::vnt::kSettingKey) == ERROR_SUCCESS &&
              ReadTexts(key, fresh.get(), kVendTexts) &&
              rptset::vnt::ReadList(rptset::vnt::kVendorListKey, VNT_VENDOR_LIST_MAX, &names);
-        transaction.Commit();
+        transaction.commit();
     }
     if (!ok) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<the store cannot be read.return 0.");

@@ -10,14 +10,16 @@
 #include <string_view>
 #include <vector>
 
+#include "regpaths.h"
+
 namespace rptset::vnt {
 
-inline constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
-inline constexpr const char* kSetupKey = "SOFTWARE\\Tavik\\VNTService\\SETUP";
-inline constexpr const char* kSettingKey = "SOFTWARE\\Tavik\\VNTService\\SETTING";
-inline constexpr const char* kOSListKey = "SOFTWARE\\Tavik\\VNTService\\LIST\\OS";
-inline constexpr const char* kVendorListKey = "SOFTWARE\\Tavik\\VNTService\\LIST\\VENDOR";
-inline constexpr const char* kOptionListKey = "SOFTWARE\\Tavik\\VNTService\\LIST\\OPTION";
+inline constexpr const char* kServiceKey = ZOL_KEY_VNTSERVICE;
+inline constexpr const char* kSetupKey = ZOL_KEY_VNT_SETUP;
+inline constexpr const char* kSettingKey = ZOL_KEY_VNT_SETTING;
+inline constexpr const char* kOSListKey = ZOL_KEY_VNT_LIST_OS;
+inline constexpr const char* kVendorListKey = ZOL_KEY_VNT_LIST_VENDOR;
+inline constexpr const char* kOptionListKey = ZOL_KEY_VNT_LIST_OPTION;
 
 // Length of the longest start of text that has at most limit bytes and does not end inside an
 // EUC-JP character, so that a cut never leaves half a kanji behind.

@@ -11,6 +11,8 @@
 #include <cstdio>
 #include <memory>
 
+#include "zolwin_transaction.h"
+
 #include "heartbeat.h"
 #include "records.h"
 #include "store.h"
@@ -362,25 +364,21 @@ KeyResult ReadKeyFloppyIntoStore(const char* path) {
     if (KeyResult parsed = ParseKeyFile(bytes, &floppy); !parsed)
         return parsed;
 
-    if (LONG rc = ZolRegBeginTransaction(); rc != ERROR_SUCCESS)
+    zolwin::Transaction transaction;
+    if (LONG rc = transaction.status(); rc != ERROR_SUCCESS)
         return Fail(KeyFault::StoreFailed, "store transaction failed (" + std::to_string(rc) + ")");
     LONG rc = ERROR_SUCCESS;
     for (const KeyValue& v : floppy.values) {
         rc = v.item->check == KeyCheck::Number ? WriteDword(v.item->key, v.item->name, v.number)
                                                : WriteText(v.item->key, v.item->name, v.text);
-        if (rc != ERROR_SUCCESS) {
-            ZolRegRollbackTransaction();
+        if (rc != ERROR_SUCCESS)
             return Fail(KeyFault::StoreFailed, std::string("write of ") + v.item->name +
                                                    " failed (" + std::to_string(rc) + ")");
-        }
     }
-    if ((rc = WriteDword(kServiceKey, kInstalledFlag, 1)) != ERROR_SUCCESS) {
-        ZolRegRollbackTransaction();
+    if ((rc = WriteDword(kServiceKey, kInstalledFlag, 1)) != ERROR_SUCCESS)
         return Fail(KeyFault::StoreFailed, std::string("write of ") + kInstalledFlag + " failed (" +
                                                std::to_string(rc) + ")");
-    }
-    // A failed commit has already ended (and discarded) the transaction.
-    if ((rc = ZolRegCommitTransaction()) != ERROR_SUCCESS)
+    if ((rc = transaction.commit()) != ERROR_SUCCESS)
         return Fail(KeyFault::StoreFailed, "store commit failed (" + std::to_string(rc) + ")");
     return {};
 }

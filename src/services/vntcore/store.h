@@ -9,14 +9,15 @@
 #include <string>
 #include <string_view>
 
+#include "regpaths.h"
+
 namespace vntcore {
 
-inline constexpr const char* kServiceKey = "SOFTWARE\\Tavik\\VNTService";
-inline constexpr const char* kSetupKey = "SOFTWARE\\Tavik\\VNTService\\SETUP";
-inline constexpr const char* kSettingKey = "SOFTWARE\\Tavik\\VNTService\\SETTING";
-inline constexpr const char* kHeartBeatKey = "SOFTWARE\\Tavik\\VNTService\\HeartBeat";
-inline constexpr const char* kHttpsKey =
-    "SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(HTTPS)\\Setting";
+inline constexpr const char* kServiceKey = ZOL_KEY_VNTSERVICE;
+inline constexpr const char* kSetupKey = ZOL_KEY_VNT_SETUP;
+inline constexpr const char* kSettingKey = ZOL_KEY_VNT_SETTING;
+inline constexpr const char* kHeartBeatKey = ZOL_KEY_VNT_HEARTBEAT;
+inline constexpr const char* kHttpsKey = ZOL_KEY_HTTPS_SETTING;
 
 // Longest text a registry string of the service may hold (257-byte buffers, terminator included).
 inline constexpr std::size_t kRegTextMax = 256;

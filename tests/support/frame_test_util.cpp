@@ -1,4 +1,4 @@
-// Helpers of the program-frame tests (see frame_test_util.h).
+// Helpers of the screen tests (see frame_test_util.h).
 #include "frame_test_util.h"
 
 #include <sstream>

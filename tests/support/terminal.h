@@ -44,6 +44,16 @@ class Terminal {
     void send(std::string_view keySequence);  // one write() per key sequence
     void type(std::string_view text);         // one send() per character (UTF-8 aware)
 
+    // Gives the terminal a new size, as a person dragging the window does: the pseudo-terminal's
+    // size (TIOCSWINSZ), SIGWINCH to the child's process group and the emulator's screen, which
+    // keeps what fits. Whatever was on the screen before is read first.
+    void resize(int rows, int cols);
+    // Sends a signal to the child.
+    void signal(int sig);
+    // The terminal's line discipline as the child left it: true while it echoes and edits lines
+    // (the state a shell expects), false in raw mode.
+    bool cookedMode() const;
+
     // Each returns true as soon as the condition holds, false at the time-out, or earlier when
     // the child has exited and all of its output has been read (nothing can change any more).
     bool waitForText(std::string_view text, std::chrono::milliseconds timeout = 10s);

@@ -8,7 +8,9 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -213,6 +215,38 @@ Terminal::~Terminal() {
     if (master_ >= 0) {
         close(master_);
     }
+}
+
+void Terminal::resize(int rows, int cols) {
+    update();
+    winsize ws{};
+    ws.ws_row = static_cast<unsigned short>(rows);
+    ws.ws_col = static_cast<unsigned short>(cols);
+    if (ioctl(master_, TIOCSWINSZ, &ws) != 0) {
+        throw std::system_error(errno, std::generic_category(), "TIOCSWINSZ");
+    }
+    rows_ = rows;
+    cols_ = cols;
+    vterm_set_size(emu_->vt.get(), rows, cols);
+    // The kernel signals the foreground group on a change; say it once more for a child that
+    // has moved to a group of its own.
+    if (status_ < 0) {
+        kill(pid_, SIGWINCH);
+    }
+}
+
+void Terminal::signal(int sig) {
+    if (status_ < 0) {
+        kill(pid_, sig);
+    }
+}
+
+bool Terminal::cookedMode() const {
+    termios modes{};
+    if (tcgetattr(master_, &modes) != 0) {
+        return false;
+    }
+    return (modes.c_lflag & ICANON) != 0 && (modes.c_lflag & ECHO) != 0;
 }
 
 bool Terminal::readOutput(int timeoutMs) {
