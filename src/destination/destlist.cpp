@@ -347,8 +347,7 @@ zolui::Next DeleteID(const ListForm& form, HMODULE rptsetLib) {
 ListForm OpenListForm(zolui::Dialog& dialog) {
     ListForm form;
     form.listbox = dialog.add(
-        newtListbox(-1, -1, kListRows, NEWT_FLAG_SCROLL | NEWT_FLAG_RETURNEXIT), kListId);
-    newtListboxSetWidth(form.listbox, kListWidth);
+        zolui::listbox(kListRows, NEWT_FLAG_SCROLL | NEWT_FLAG_RETURNEXIT, kListWidth), kListId);
     form.details = dialog.add(
         zolui::textbox(-1, -1, kListWidth, kDetailsHeight, NEWT_FLAG_WRAP, Text("DEST_HELP_ID")));
     zolui::Grid list(1, 2);

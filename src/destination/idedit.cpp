@@ -112,8 +112,7 @@ EditorForm MakeEditorWidgets(zolui::Dialog& dialog, const DestData* changed,
     if (changed != nullptr) {
         form.methods = dialog.add(zolui::label(-1, -1, ListRow(changed->Method, kMethodWidth)));
     } else {
-        form.methods = dialog.add(newtListbox(-1, -1, 1, 0), kMethodListId);
-        newtListboxSetWidth(form.methods, kMethodWidth);
+        form.methods = dialog.add(zolui::listbox(1, 0, kMethodWidth), kMethodListId);
     }
     form.address = dialog.add(
         zolui::textbox(-1, -1, kAddressWidth, kAddressHeight, NEWT_FLAG_WRAP, addressLine));

@@ -90,8 +90,7 @@ void RadioCallFunc4(AgentListView& view) {
 }
 
 newtComponent OneLineList(zolui::Dialog& dialog) {
-    newtComponent list = dialog.add(newtListbox(-1, -1, 1, NEWT_FLAG_RETURNEXIT));
-    newtListboxSetWidth(list, kListWidth);
+    newtComponent list = dialog.add(zolui::listbox(1, NEWT_FLAG_RETURNEXIT, kListWidth));
     return list;
 }
 

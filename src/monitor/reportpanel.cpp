@@ -139,10 +139,8 @@ int CurrentRow(newtComponent list, const std::vector<IDListNode*>& nodes) {
 }
 
 newtComponent IDListbox(zolui::Dialog& dialog) {
-    newtComponent list =
-        dialog.add(newtListbox(-1, -1, kListHeight, NEWT_FLAG_RETURNEXIT | NEWT_FLAG_SCROLL));
-    newtListboxSetWidth(list, kListWidth);
-    return list;
+    return dialog.add(
+        zolui::listbox(kListHeight, NEWT_FLAG_RETURNEXIT | NEWT_FLAG_SCROLL, kListWidth));
 }
 
 zolui::Grid ListColumn(zolui::Dialog& dialog, const char* labelId, newtComponent list) {
@@ -177,11 +175,10 @@ zolui::Grid HeaderGrid(zolui::Dialog& dialog, const char* source, const char* ev
 
 newtComponent ChoiceList(zolui::Dialog& dialog, std::span<const ListChoice> choices, int width,
                          int row) {
-    newtComponent list = dialog.add(newtListbox(-1, -1, 1, NEWT_FLAG_RETURNEXIT));
-    newtListboxSetWidth(list, width);
+    newtComponent list = dialog.add(zolui::listbox(1, NEWT_FLAG_RETURNEXIT, width));
     for (std::size_t i = 0; i < choices.size(); ++i)
         zolui::listboxAppendIndex(list, MessageText(choices[i].labelId), static_cast<int>(i));
-    newtListboxSetCurrent(list, row);
+    zolui::listboxSetCurrentIndex(list, row);
     return list;
 }
 
@@ -192,14 +189,13 @@ int32_t ChoiceValue(newtComponent list, std::span<const ListChoice> choices) {
 }
 
 newtComponent LevelList(zolui::Dialog& dialog, const char* format, int width, int row) {
-    newtComponent list = dialog.add(newtListbox(-1, -1, 1, NEWT_FLAG_RETURNEXIT));
-    newtListboxSetWidth(list, width);
+    newtComponent list = dialog.add(zolui::listbox(1, NEWT_FLAG_RETURNEXIT, width));
     for (long level = 0; level < kLevelCount; ++level) {
         char text[16];
         std::snprintf(text, sizeof text, format, level);
         zolui::listboxAppendIndex(list, text, static_cast<int>(level));
     }
-    newtListboxSetCurrent(list, row);
+    zolui::listboxSetCurrentIndex(list, row);
     return list;
 }
 

@@ -287,8 +287,7 @@ zolui::Grid Pair(newtComponent left, newtComponent right, int gap, int lead = 0)
 }
 
 newtComponent OneLineList(zolui::Dialog& dialog, int width) {
-    newtComponent list = dialog.add(newtListbox(-1, -1, 1, NEWT_FLAG_RETURNEXIT));
-    newtListboxSetWidth(list, width);
+    newtComponent list = dialog.add(zolui::listbox(1, NEWT_FLAG_RETURNEXIT, width));
     return list;
 }
 
