@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include <string>
+#include <string_view>
 
 #include "destination/destination.h"
 #include "frame/checks.h"
@@ -120,32 +121,42 @@ ScheduleForm OpenScheduleForm(zolui::Dialog& dialog, const DestData& record,
 
 }  // namespace
 
+namespace {
+
+// Why one item of a schedule text is refused (the trace line), or null. Every item before a comma
+// is a whole range; the last item is left to the library.
+const char* ScheduleItemFault(std::string_view item, bool last) {
+    if (!item.empty() && item.front() == '-')
+        return "<Invalid schedule.";
+    const std::size_t dash = item.find('-');
+    if (dash != std::string_view::npos && item.find('-', dash + 1) != std::string_view::npos)
+        return "<Invalid schedule.return FALSE.";
+    if (last)
+        return nullptr;
+    if (item.empty())  // a comma where an item begins
+        return "<Invalid schedule.";
+    const bool endHour = dash != std::string_view::npos &&
+                         item.find_first_of("0123456789", dash + 1) != std::string_view::npos;
+    return endHour ? nullptr : "<Invalid schedule.return FALSE.";
+}
+
+}  // namespace
+
 BOOL JudgeSch(const char* text) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] text=%s", text != nullptr ? text : "(null)");
     if (text == nullptr)
         return FALSE;
-    int position = 0, dashes = 0, digitsAfterDash = 0;
-    for (const char* p = text; *p != '\0'; ++p) {
-        if (position == 0 && (*p == ',' || *p == '-')) {
-            ZOL_TRACE(TRACE_LEVEL_TRACE, "<Invalid schedule.");
+    std::string_view rest(text);
+    for (;;) {
+        const std::size_t comma = rest.find(',');
+        const bool last = comma == std::string_view::npos;
+        if (const char* fault = ScheduleItemFault(rest.substr(0, comma), last)) {
+            ZOL_TRACE(TRACE_LEVEL_TRACE, "%s", fault);
             return FALSE;
         }
-        if (*p == ',') {
-            // Every item before a comma is a whole range; the last item is left to the library.
-            if (dashes != 1 || digitsAfterDash < 1) {
-                ZOL_TRACE(TRACE_LEVEL_TRACE, "<Invalid schedule.return FALSE.");
-                return FALSE;
-            }
-            position = dashes = digitsAfterDash = 0;
-            continue;
-        }
-        if (*p == '-' && ++dashes > 1) {
-            ZOL_TRACE(TRACE_LEVEL_TRACE, "<Invalid schedule.return FALSE.");
-            return FALSE;
-        }
-        if (dashes == 1 && *p >= '0' && *p <= '9')
-            ++digitsAfterDash;
-        ++position;
+        if (last)
+            break;
+        rest.remove_prefix(comma + 1);
     }
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<return TRUE.");
     return TRUE;
