@@ -47,6 +47,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
@@ -86,7 +87,6 @@ std::atomic<unsigned> forkGeneration{0};
 
 namespace {
 
-constexpr REGSAM kDeleteAccess = 0x00010000;
 constexpr REGSAM kGenericRead = 0x80000000u;
 constexpr REGSAM kGenericWrite = 0x40000000u;
 constexpr REGSAM kGenericExecute = 0x20000000u;
@@ -142,45 +142,54 @@ LONG valueName(LPCSTR name, std::string_view& out) {
 }
 
 bool isStringType(DWORD type) {
-    return type == REG_SZ || type == REG_EXPAND_SZ;
+    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
-// Copies a value out under the Win32 buffer rules. A string stored without its terminator reads
-// back terminated when the buffer has room for it (a list of strings with both terminators).
+// The zero bytes a stored string lacks to read back terminated: one for a text, up to two for a
+// list (its last string's terminator and the list's).
+DWORD missingTerminators(DWORD type, std::string_view bytes) {
+    if (type == REG_SZ || type == REG_EXPAND_SZ)
+        return bytes.empty() || bytes.back() != '\0' ? 1 : 0;
+    if (type != REG_MULTI_SZ)
+        return 0;
+    if (bytes.empty() || bytes.back() != '\0')
+        return 2;
+    return bytes.size() >= 2 && bytes[bytes.size() - 2] != '\0' ? 1 : 0;
+}
+
+// Copies a value out under the Win32 buffer rules. The caller's size is read before anything is
+// written, because callers may pass one variable as both type and size; the size is written last.
+// A string stored without its terminator (a store written before strings were completed on
+// write) reads back with as many terminators as the buffer has room for, and the size then
+// counts exactly the bytes copied.
 LONG deliverValue(DWORD type, std::string_view bytes, LPDWORD lpType, LPBYTE lpData,
                   LPDWORD lpcbData) {
+    const DWORD room = lpcbData != nullptr ? *lpcbData : 0;
+    const auto stored = static_cast<DWORD>(bytes.size());
+    DWORD size = stored;
+    LONG r = ERROR_SUCCESS;
+    if (lpData != nullptr && room < stored) {
+        r = ERROR_MORE_DATA;
+    } else if (lpData != nullptr) {
+        if (stored != 0)
+            std::memcpy(lpData, bytes.data(), stored);
+        const DWORD pad = std::min(missingTerminators(type, bytes), room - stored);
+        std::memset(lpData + stored, 0, pad);
+        size += pad;
+    }
     if (lpType != nullptr)
         *lpType = type;
-    const auto stored = static_cast<DWORD>(bytes.size());
-    if (lpcbData == nullptr)
-        return ERROR_SUCCESS;
-    if (lpData == nullptr) {
-        *lpcbData = stored;
-        return ERROR_SUCCESS;
-    }
-    if (*lpcbData < stored) {
-        *lpcbData = stored;
-        return ERROR_MORE_DATA;
-    }
-    DWORD pad = 0;
-    if (isStringType(type)) {
-        pad = (bytes.empty() || bytes.back() != '\0') ? 1 : 0;
-    } else if (type == REG_MULTI_SZ) {
-        if (bytes.empty() || bytes.back() != '\0') {
-            pad = 2;
-        } else if (bytes.size() >= 2 && bytes[bytes.size() - 2] != '\0') {
-            pad = 1;
-        }
-    }
-    if (stored != 0)
-        std::memcpy(lpData, bytes.data(), stored);
-    DWORD total = stored;
-    if (pad != 0 && *lpcbData - stored >= pad) {
-        std::memset(lpData + stored, 0, pad);
-        total += pad;
-    }
-    *lpcbData = total;
-    return ERROR_SUCCESS;
+    if (lpcbData != nullptr)
+        *lpcbData = size;
+    return r;
+}
+
+// HKEY_LOCAL_MACHINE as this layer's header spells it, or sign-extended to 64 bits as headers
+// written for Windows define it.
+bool isLocalMachine(HKEY hKey) {
+    const auto v = reinterpret_cast<uintptr_t>(hKey);
+    return v == reinterpret_cast<uintptr_t>(HKEY_LOCAL_MACHINE) ||
+           static_cast<uint64_t>(v) == 0xFFFFFFFF80000002ull;
 }
 
 }  // namespace
@@ -347,7 +356,7 @@ LONG Registry::walkCached(sqlite3_int64 start, const std::vector<std::string_vie
 }
 
 LONG Registry::lookup(HKEY hKey, KeyHandle*& out) {
-    if (hKey == HKEY_LOCAL_MACHINE) {
+    if (isLocalMachine(hKey)) {
         out = &root_;
         return ERROR_SUCCESS;
     }
@@ -479,14 +488,19 @@ LONG Registry::write(Op&& op) {
     });
 }
 
+// A failed open leaves *result as the caller had it, as Win32 does.
 LONG Registry::openKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result) {
     if (result == nullptr)
         return ERROR_INVALID_PARAMETER;
-    *result = nullptr;
     std::vector<std::string_view> parts;
     LONG r = splitPath(subKey, parts);
     if (r != ERROR_SUCCESS)
         return r;
+    // The predefined key opened as itself is handed back as it is, in the caller's spelling.
+    if (parts.empty() && isLocalMachine(hKey)) {
+        *result = hKey;
+        return ERROR_SUCCESS;
+    }
     Lock lk = enter();
     KeyHandle* base = nullptr;
     if ((r = lookup(hKey, base)) != ERROR_SUCCESS)
@@ -517,7 +531,8 @@ LONG Registry::createKey(HKEY hKey, LPCSTR subKey, REGSAM sam, PHKEY result, LPD
         return r;
     Lock lk = enter();
     KeyHandle* base = nullptr;
-    if ((r = lookup(hKey, KEY_CREATE_SUB_KEY, base)) != ERROR_SUCCESS)
+    // As in Win32, the rights the parent was opened with do not matter for creating a subkey.
+    if ((r = lookup(hKey, base)) != ERROR_SUCCESS)
         return r;
     const KeyHandle& from = *base;
     sqlite3_int64 id = 0;
@@ -575,15 +590,18 @@ LONG Registry::queryValue(HKEY hKey, LPCSTR name, LPDWORD type, LPBYTE data, LPD
     return readKey(*key, [&](const CachedKey& info) -> LONG {
         foldInto(vname, fold_);
         const CachedValue* v = info.value(fold_);
-        if (v == nullptr)
+        if (v == nullptr) {
+            if (cbData != nullptr)
+                *cbData = 0;
             return ERROR_FILE_NOT_FOUND;
+        }
         return deliverValue(v->type, v->data, type, data, cbData);
     });
 }
 
 LONG Registry::setValue(HKEY hKey, LPCSTR name, DWORD type, const BYTE* data, DWORD cbData) {
     if (data == nullptr && cbData != 0)
-        return ERROR_INVALID_PARAMETER;
+        return ERROR_NOACCESS;
     if (type > kRegQword)
         return ERROR_INVALID_PARAMETER;
     if ((type == REG_DWORD && cbData != 4) || (type == kRegQword && cbData != 8)) {
@@ -598,6 +616,16 @@ LONG Registry::setValue(HKEY hKey, LPCSTR name, DWORD type, const BYTE* data, DW
     if ((r = lookup(hKey, KEY_SET_VALUE, key)) != ERROR_SUCCESS)
         return r;
     const KeyHandle& k = *key;
+    // A string given without its terminator (a size from strlen) is stored with one, as the
+    // narrow-character Win32 functions do; an empty one stays empty.
+    std::string completed;
+    if (isStringType(type) && cbData != 0 && cbData != 0xFFFFFFFFu && data[cbData - 1] != 0) {
+        completed.reserve(size_t{cbData} + 1);
+        completed.assign(reinterpret_cast<const char*>(data), cbData);
+        completed.push_back('\0');
+        data = reinterpret_cast<const BYTE*>(completed.data());
+        cbData = static_cast<DWORD>(completed.size());
+    }
     return write([&]() -> LONG {
         LONG w = live(k);
         if (w != ERROR_SUCCESS || (w = touch(k.id)) != ERROR_SUCCESS)
@@ -639,18 +667,42 @@ LONG Registry::deleteValue(HKEY hKey, LPCSTR name) {
     });
 }
 
+// Finds the key deleteKey removes and its parent: the handle's own key for an empty path (never
+// the root), else the last component below the path's parent.
+LONG Registry::deletionTarget(sqlite3_int64 from, const std::vector<std::string_view>& parts,
+                              sqlite3_int64& parent, sqlite3_int64& target) {
+    if (parts.empty()) {
+        if (from == kRootKeyId)
+            return ERROR_ACCESS_DENIED;
+        Query q(store_, Sql::KeyParent);
+        int rc = q.bind(from).step();
+        if (rc == SQLITE_DONE)
+            return ERROR_KEY_DELETED;
+        if (rc != SQLITE_ROW)
+            return mapSqliteError(rc);
+        parent = q.integer(0);
+        target = from;
+        return ERROR_SUCCESS;
+    }
+    LONG w = walk(from, parts, parts.size() - 1, parent);
+    if (w != ERROR_SUCCESS)
+        return w;
+    std::vector<std::string_view> last{parts.back()};
+    if ((w = walk(parent, last, 1, target)) != ERROR_SUCCESS)
+        return (w == ERROR_KEY_DELETED && parts.size() > 1) ? ERROR_FILE_NOT_FOUND : w;
+    return ERROR_SUCCESS;
+}
+
+// As in Win32, the rights the handle was opened with do not matter for deleting a subkey (or,
+// through an empty path, the handle's own key); a key with subkeys is refused.
 LONG Registry::deleteKey(HKEY hKey, LPCSTR subKey) {
     std::vector<std::string_view> parts;
     LONG r = splitPath(subKey, parts);
     if (r != ERROR_SUCCESS)
         return r;
-    // Deleting the handle's own key through an empty name is refused: a caller that lost the
-    // name of a subkey must not wipe out its parent.
-    if (parts.empty())
-        return ERROR_INVALID_PARAMETER;
     Lock lk = enter();
     KeyHandle* key = nullptr;
-    if ((r = lookup(hKey, KEY_CREATE_SUB_KEY | kDeleteAccess, key)) != ERROR_SUCCESS)
+    if ((r = lookup(hKey, key)) != ERROR_SUCCESS)
         return r;
     const KeyHandle& k = *key;
     return write([&]() -> LONG {
@@ -658,12 +710,8 @@ LONG Registry::deleteKey(HKEY hKey, LPCSTR subKey) {
         if (w != ERROR_SUCCESS)
             return w;
         sqlite3_int64 parent = 0, target = 0;
-        if ((w = walk(k.id, parts, parts.size() - 1, parent)) != ERROR_SUCCESS)
+        if ((w = deletionTarget(k.id, parts, parent, target)) != ERROR_SUCCESS)
             return w;
-        std::vector<std::string_view> last{parts.back()};
-        if ((w = walk(parent, last, 1, target)) != ERROR_SUCCESS) {
-            return (w == ERROR_KEY_DELETED && parts.size() > 1) ? ERROR_FILE_NOT_FOUND : w;
-        }
         {
             Query children(store_, Sql::HasChildren);
             int rc = children.bind(target).step();
@@ -735,14 +783,21 @@ LONG Registry::enumValue(HKEY hKey, DWORD index, LPSTR name, LPDWORD cchName, LP
         if (index >= info.values.size())
             return ERROR_NO_MORE_ITEMS;
         const CachedValue& found = info.values[index];
-        if (LONG c = copyName(found.name, name, cchName); c != ERROR_SUCCESS)
-            return c;
+        // When the name or the data does not fit, Win32 still reports the type and the data's
+        // size, and leaves both buffers and the name's count as they were.
+        const bool nameFits = found.name.size() + 1 <= *cchName;
+        const bool dataFits = data == nullptr || *cbData >= found.data.size();
+        if (!nameFits || !dataFits) {
+            deliverValue(found.type, found.data, type, nullptr, cbData);  // type and size only
+            return ERROR_MORE_DATA;
+        }
+        copyName(found.name, name, cchName);
         return deliverValue(found.type, found.data, type, data, cbData);
     });
 }
 
 LONG Registry::closeKey(HKEY hKey) {
-    if (hKey == HKEY_LOCAL_MACHINE)
+    if (isLocalMachine(hKey))
         return ERROR_SUCCESS;
     Lock lk = enter(false);
     return handles_.erase(reinterpret_cast<uintptr_t>(hKey)) != 0 ? ERROR_SUCCESS
@@ -771,7 +826,10 @@ LONG RegCreateKey(HKEY hKey, LPCSTR lpSubKey, PHKEY phkResult) {
 
 LONG RegCreateKeyEx(HKEY hKey, LPCSTR lpSubKey, DWORD, LPSTR, DWORD dwOptions, REGSAM samDesired,
                     const void*, PHKEY phkResult, LPDWORD lpdwDisposition) {
-    // Only lasting keys exist here: volatile keys and links have no meaning in a file store.
+    if (phkResult == nullptr)
+        return ERROR_BADKEY;
+    // Only lasting keys exist here: volatile keys and links are refused (docs/registry.md says
+    // why).
     if (dwOptions != REG_OPTION_NON_VOLATILE) {
         if (phkResult != nullptr)
             *phkResult = nullptr;

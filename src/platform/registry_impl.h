@@ -84,6 +84,8 @@ class Registry {
     LONG walk(sqlite3_int64 start, const std::vector<std::string_view>& parts, size_t count,
               sqlite3_int64& id);
     LONG touch(sqlite3_int64 id);
+    LONG deletionTarget(sqlite3_int64 from, const std::vector<std::string_view>& parts,
+                        sqlite3_int64& parent, sqlite3_int64& target);
     void endTransactionLocked();
     void syncCache();
     LONG loadKey(sqlite3_int64 id, CachedKey& out);

@@ -17,6 +17,7 @@ namespace {
 constexpr const char* kStatementSql[] = {
     "SELECT id FROM keys WHERE parent = ?1 AND fold = ?2",
     "SELECT 1 FROM keys WHERE id = ?1",
+    "SELECT parent FROM keys WHERE id = ?1",
     "INSERT INTO keys(parent, name, fold, mtime) VALUES (?1, ?2, ?3, ?4)",
     "SELECT 1 FROM keys WHERE parent = ?1 LIMIT 1",
     "DELETE FROM vals WHERE key = ?1",

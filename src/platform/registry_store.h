@@ -55,6 +55,7 @@ LONG mapSqliteError(int rc);
 enum class Sql : int {
     FindChild,
     KeyExists,
+    KeyParent,
     InsertKey,
     HasChildren,
     DeleteKeyValues,

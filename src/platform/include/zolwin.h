@@ -59,12 +59,16 @@ typedef HKEY* PHKEY;
 #define ERROR_NOT_OWNER 288L      /* ReleaseMutex by a thread that does not own the mutex */
 #define ERROR_MORE_DATA 234L
 #define ERROR_NO_MORE_ITEMS 259L
+#define ERROR_NOACCESS 998L            /* a null data pointer with a non-zero size */
+#define ERROR_BADKEY 1010L             /* RegCreateKeyEx without a place for the new handle */
 #define ERROR_REGISTRY_CORRUPT 1015L   /* the store file is damaged or not a store */
 #define ERROR_REGISTRY_IO_FAILED 1016L /* the store is missing or cannot be read or written */
 #define ERROR_KEY_DELETED 1018L        /* the key behind an open handle was deleted */
 #define ERROR_INVALID_STATE 5023L      /* transaction calls out of order */
 
 /* ---- Registry ---- */
+/* The registry functions also accept the value sign-extended to 64 bits
+ * ((HKEY)(uintptr_t)0xFFFFFFFF80000002), as headers written for Windows define it. */
 #define HKEY_LOCAL_MACHINE ((HKEY)(uintptr_t)0x80000002u)
 
 #define REG_NONE 0
@@ -85,6 +89,7 @@ typedef HKEY* PHKEY;
 #define KEY_ALL_ACCESS 0xF003F
 
 #define REG_OPTION_NON_VOLATILE 0
+#define REG_OPTION_VOLATILE 1 /* refused: see docs/registry.md */
 #define REG_CREATED_NEW_KEY 1
 #define REG_OPENED_EXISTING_KEY 2
 
