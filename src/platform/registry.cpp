@@ -39,6 +39,12 @@
 //   difference, any write of this process and any transaction boundary empties it. So a read
 //   never returns something older than the last commit, yet repeated reads cost no SQLite
 //   call. Opening a key also checks that the store file is still the one the connection has.
+//
+// Win32 behaviour
+//   The calls behave as the narrow-character Win32 functions do (strings completed on write,
+//   subkeys made and deleted whatever the parent's rights, the buffer rules of queries and
+//   enumeration); docs/registry.md lists that behaviour and every place where the layer still
+//   refuses on purpose, such as volatile keys.
 #include "registry_impl.h"
 
 #include <fcntl.h>
