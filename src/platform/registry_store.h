@@ -66,6 +66,8 @@ enum class Sql : int {
     LoadValues,
     BeginRead,
     EndRead,
+    SubtreeKeys,
+    SubtreeValues,
     Count
 };
 
