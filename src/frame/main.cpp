@@ -1,5 +1,4 @@
 // ZOLamsadm entry point: start-up in a fixed order, the main menu, and shutdown in reverse.
-#include <malloc.h>
 #include <newt.h>
 #include <zolwin.h>
 
@@ -7,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "frame/heap.h"
 #include "frame/libraries.h"
 #include "frame/menu.h"
 #include "frame/msgfile.h"
@@ -55,16 +55,13 @@ class StartupState {
 
 }  // namespace
 
-// The event screens take a whole catalogue from the report-settings library each time they open
-// (some 20 MB of records at scale) and free it when they close. Freed heap kept up to this size
-// instead of being handed back to the kernel spares the next opening the page faults of fresh
-// memory, which cost tens of milliseconds on a virtual machine.
-constexpr int kHeapKeptOnFree = 64 << 20;
-
 int main(int argc, char* argv[]) {
-    mallopt(M_TRIM_THRESHOLD, kHeapKeptOnFree);
+    // Before anything else is allocated, so that the event screens' catalogues land on the
+    // reserved room (frame/heap.h).
+    const bool hugeHeap = ReserveHeap(kHeapReserve);
     TraceLogInit(0, "ZOLamsadm", 0, 5, 0);
     ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    ZOL_TRACE(TRACE_LEVEL_INFO, "heap room on huge pages: %d.", hugeHeap ? 1 : 0);
 
     if (IsAdministratorCommandLine(argc, argv))
         Adm_Flag = 1;

@@ -73,6 +73,8 @@ class ReadCache {
         valid_ = false;
     }
     bool usable() const { return valid_; }
+    // Bytes that may still be added before the next sync empties the cache.
+    size_t room() const { return bytes_ < kMaxBytes ? kMaxBytes - bytes_ : 0; }
     const CachedKey* find(sqlite3_int64 id) const {
         auto it = keys_.find(id);
         return it != keys_.end() ? &it->second : nullptr;

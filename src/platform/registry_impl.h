@@ -62,6 +62,7 @@ class Registry {
     LONG removeStore();
     LONG checkStore(bool full);
     void closeStore();
+    LONG readAhead(HKEY hKey);
 
   private:
     using Lock = std::unique_lock<std::mutex>;
@@ -90,6 +91,8 @@ class Registry {
     void syncCache();
     LONG loadKey(sqlite3_int64 id, CachedKey& out);
     const CachedKey* keyInfo(sqlite3_int64 id, LONG& err);
+    bool subtreeCached(sqlite3_int64 id) const;
+    LONG loadSubtree(sqlite3_int64 id, std::unordered_map<sqlite3_int64, CachedKey>& out);
     LONG walkCached(sqlite3_int64 start, const std::vector<std::string_view>& parts,
                     sqlite3_int64& id);
 

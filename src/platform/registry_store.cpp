@@ -31,6 +31,14 @@ constexpr const char* kStatementSql[] = {
     "SELECT name, fold, type, data FROM vals WHERE key = ?1 ORDER BY fold",
     "BEGIN",
     "COMMIT",
+    // A key and everything below it, at most ?2 keys (one more tells that there were more).
+    // CROSS JOIN keeps the subtree as the outer loop, so each step is an index look-up.
+    ("WITH RECURSIVE sub(id) AS (SELECT ?1 UNION ALL"
+     " SELECT k.id FROM sub CROSS JOIN keys k ON k.parent = sub.id LIMIT ?2)"
+     " SELECT k.id, k.parent, k.name, k.fold, k.mtime FROM sub CROSS JOIN keys k ON k.id = sub.id"),
+    ("WITH RECURSIVE sub(id) AS (SELECT ?1 UNION ALL"
+     " SELECT k.id FROM sub CROSS JOIN keys k ON k.parent = sub.id LIMIT ?2)"
+     " SELECT v.key, v.name, v.fold, v.type, v.data FROM sub CROSS JOIN vals v ON v.key = sub.id"),
 };
 static_assert(std::size(kStatementSql) == static_cast<size_t>(Sql::Count));
 

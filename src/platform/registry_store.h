@@ -67,6 +67,8 @@ enum class Sql : int {
     LoadValues,
     BeginRead,
     EndRead,
+    SubtreeKeys,
+    SubtreeValues,
     Count
 };
 

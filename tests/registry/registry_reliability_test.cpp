@@ -273,6 +273,52 @@ TEST_F(RegistryTest, ChangesByAnotherProcessAreSeenAtOnce) {
     }
 }
 
+// Reading a subtree ahead changes nothing that later reads return: names in the store's order
+// and spelling, values, a commit of another process made after it, and a key deleted since.
+TEST_F(RegistryTest, ReadingASubtreeAheadKeepsEveryReadAsTheStoreHasIt) {
+    Key top = create("SOFTWARE\\Ahead");
+    for (const char* source : {"beta", "Alpha", "gamma"}) {
+        Key s = create(source, top.get());
+        for (DWORD e = 0; e < 3; ++e) {
+            Key ev = create("E" + std::to_string(e), s.get());
+            ASSERT_EQ(setDword(ev.get(), "Level", e), ERROR_SUCCESS);
+            Key dest = create("Dest", ev.get());
+            ASSERT_EQ(setDword(dest.get(), "ID1", 1), ERROR_SUCCESS);
+        }
+    }
+    ZolRegCloseStore();  // nothing cached: the read-ahead fills the cache from the store
+    Key read;
+    ASSERT_EQ(open(read, "SOFTWARE\\Ahead", KEY_READ), ERROR_SUCCESS);
+    ASSERT_EQ(ZolRegReadAhead(read.get()), ERROR_SUCCESS);
+    EXPECT_EQ(subkeys(read.get()), (Names{"Alpha", "beta", "gamma"}));
+    Key ev;
+    ASSERT_EQ(open(ev, "SOFTWARE\\Ahead\\beta\\E2", KEY_READ), ERROR_SUCCESS);
+    EXPECT_EQ(readDword(ev.get(), "level"), 2u);
+    EXPECT_EQ(subkeys(ev.get()), Names{"Dest"});
+
+    platformtest::ChildProcess other([&] {
+        Key h;
+        need(open(h, "SOFTWARE\\Ahead\\beta\\E2", KEY_ALL_ACCESS), "open");
+        need(setDword(h.get(), "Level", 7), "set");
+        Key g;
+        need(open(g, "SOFTWARE\\Ahead\\gamma", KEY_ALL_ACCESS), "open gamma");
+        need(RegDeleteKey(g.get(), "E0\\Dest"), "delete dest");
+        return RegDeleteKey(g.get(), "E0") == ERROR_SUCCESS ? 0 : 1;
+    });
+    ASSERT_EQ(other.wait(), 0);
+    ASSERT_EQ(ZolRegReadAhead(read.get()), ERROR_SUCCESS);
+    EXPECT_EQ(readDword(ev.get(), "Level"), 7u);
+    Key gamma;
+    ASSERT_EQ(open(gamma, "SOFTWARE\\Ahead\\gamma", KEY_READ), ERROR_SUCCESS);
+    EXPECT_EQ(subkeys(gamma.get()), (Names{"E1", "E2"}));
+
+    // A key deleted under its handle: the read-ahead says so, as any read would.
+    Key doomed = create("SOFTWARE\\Ahead\\Doomed");
+    ASSERT_EQ(RegDeleteKey(top.get(), "Doomed"), ERROR_SUCCESS);
+    EXPECT_EQ(ZolRegReadAhead(doomed.get()), ERROR_KEY_DELETED);
+    EXPECT_EQ(ZolRegReadAhead(nullptr), ERROR_INVALID_HANDLE);
+}
+
 // Every entry point against the current store, as (name, result).
 std::vector<std::pair<std::string, LONG>> callEveryEntryPoint(HKEY opened) {
     const HKEY hklm = HKEY_LOCAL_MACHINE;

@@ -136,6 +136,11 @@ ZOLWIN_API LONG ZolRegRemoveStore(void);
 ZOLWIN_API LONG ZolRegCheckStore(int full);
 /* Closes the process's connection; the next registry call opens it again. */
 ZOLWIN_API void ZolRegCloseStore(void);
+/* A hint from a caller about to read the key and its whole subtree: reads it in one pass into
+ * the process's read cache, so that the reads that follow cost no store query. Later reads
+ * return exactly what they would have returned without it. ERROR_SUCCESS also when nothing was
+ * kept (the cache cannot be trusted just now, or the subtree is too large). */
+ZOLWIN_API LONG ZolRegReadAhead(HKEY hKey);
 
 /* ---- Loader ---- */
 ZOLWIN_API HMODULE LoadLibrary(LPCSTR lpLibFileName);

@@ -450,6 +450,8 @@ int ReadCatalogue(Record*** records, int* count, int* numSN, int* numEvntID) {
         rc = root.OpenRead(HKEY_LOCAL_MACHINE, Layout<Record>::kRoot);
         if (rc == ERROR_FILE_NOT_FOUND)
             rc = ERROR_NO_MORE_ITEMS;  // no catalogue yet: an empty one
+        else if (rc == ERROR_SUCCESS)
+            ZolRegReadAhead(root.get());  // a hint only: the reads below work without it
         char source[ZOL_MAX_KEY_NAME + 1];
         for (DWORD index = 0; rc == ERROR_SUCCESS; ++index) {
             if ((rc = SubkeyAt(root.get(), index, source)) != ERROR_SUCCESS)
