@@ -27,6 +27,13 @@ int InternetMailSetting(DestData* record, HMODULE rptsetLib);
 // cannot be read (after the box).
 int ViaFWManagerSet(HMODULE rptsetLib);
 
+// The service's data screens of its setting menu; each returns when its screen closes. Machine
+// data (host, product, operating system, comment), vendor data (distributor, sales contact,
+// support engineer), and the options held (add and delete).
+void VantrelMachineSetting(HMODULE rptsetLib);
+void VantrelVendorSetting(HMODULE rptsetLib);
+void VantrelOptionSetting(HMODULE rptsetLib);
+
 // ---- The destination table (src/destination), read by the destination and event screens ----
 
 // Size of one entry of the display table (the IDs shown in list boxes), terminator included.
