@@ -47,23 +47,29 @@ void clearEntry(Terminal& t, int length) {
         t.send(keys::Backspace);
 }
 
+// The reverse-video runs of the screen: the focused button and the current row of each list.
+bool reverseHas(const Terminal& s, const std::string& label) {
+    const std::string reverse = "\n" + s.reverseText() + "\n";
+    return reverse.find("\n" + label + "\n") != std::string::npos;
+}
+
 bool focusedButton(Terminal& t, const std::string& label) {
-    return t.waitFor([&](const Terminal& s) { return s.reverseText() == label; });
+    return t.waitFor([&](const Terminal& s) { return reverseHas(s, label); });
 }
 
 // Waits for the error box showing `message` and closes it with its button.
 void dismiss(Terminal& t, const std::string& message) {
     ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
-        return s.contains(message) && s.reverseText() == "ok";
+        return s.contains(message) && reverseHas(s, "ok");
     })) << t.dump();
     t.send(keys::Enter);
     ASSERT_TRUE(t.waitForNoText(message)) << t.dump();
 }
 
 // Starts the program, opens the service menu from the main menu's last row and its row `row`,
-// and waits for the screen's title.
-std::unique_ptr<Terminal> openScreen(const ProductRoot& root, MenuRow row, const char* titleId,
-                                     bool japanese = false) {
+// and waits for a label of the screen (its title is also a row of the menu).
+std::unique_ptr<Terminal> openScreen(const ProductRoot& root, MenuRow row,
+                                     const char* screenLabelId, bool japanese = false) {
     EXPECT_EQ(zoltest::StoreReader(root).setDword(kServiceKey, "InstVantrelKeyFD", 1),
               ERROR_SUCCESS);
     auto t = frametest::start(root, {}, japanese);
@@ -75,14 +81,16 @@ std::unique_ptr<Terminal> openScreen(const ProductRoot& root, MenuRow row, const
     for (int i = 0; i < row; ++i)
         t->send(keys::Down);
     t->send(keys::Enter);
-    EXPECT_TRUE(t->waitForText(text(root, titleId, japanese))) << t->dump();
+    EXPECT_TRUE(t->waitForText(text(root, screenLabelId, japanese))) << t->dump();
     return t;
 }
 
-// Back in the service menu after a screen closed.
-bool backInMenu(const ProductRoot& root, Terminal& t, const char* titleId, bool japanese = false) {
+// Back in the service menu after a screen closed: a label only the screen shows is gone (its
+// title is also a row of the menu).
+bool backInMenu(const ProductRoot& root, Terminal& t, const char* screenLabelId,
+                bool japanese = false) {
     return t.waitFor([&](const Terminal& s) {
-        return !s.contains(text(root, titleId, japanese)) &&
+        return !s.contains(text(root, screenLabelId, japanese)) &&
                s.contains(text(root, "VANTREL_CEASE_ID", japanese));
     });
 }
@@ -111,7 +119,7 @@ void typeMachine(Terminal& t, const std::string& host, const std::string& licens
 TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentComesAfter) {
     ProductRoot root;
     setText(root, "OSNMA", "Plan 9");
-    auto t = openScreen(root, kMachineRow, "VANTREL_MACHINE_ID");
+    auto t = openScreen(root, kMachineRow, "VXMACH_HOSTNAME_ID");
     // The stored system the list lacks is shown, as its current row.
     ASSERT_TRUE(t->waitForText("Plan 9")) << t->dump();
     EXPECT_FALSE(t->contains("Debian GNU/Linux")) << t->dump();
@@ -127,7 +135,7 @@ TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentCom
     ASSERT_TRUE(focusedButton(*t, ok)) << t->dump();
     t->send(keys::Enter);
     tabs(*t, 2);
-    EXPECT_TRUE(t->contains(text(root, "VANTREL_MACHINE_ID"))) << t->dump();
+    EXPECT_TRUE(t->contains(text(root, "VXMACH_HOSTNAME_ID"))) << t->dump();
     EXPECT_FALSE(t->contains("Error")) << t->dump();
     EXPECT_EQ(storedText(root, "SYSNMN"), "");
     EXPECT_EQ(storedText(root, "GUARANTEE"), "");
@@ -135,7 +143,7 @@ TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentCom
     // 40 and a comment of 256: both written, the screen closes.
     typeMachine(*t, host40, "L-1", std::string(256, 'c'), 50);
     t->send(keys::Enter);
-    ASSERT_TRUE(backInMenu(root, *t, "VANTREL_MACHINE_ID")) << t->dump();
+    ASSERT_TRUE(backInMenu(root, *t, "VXMACH_HOSTNAME_ID")) << t->dump();
     EXPECT_EQ(storedText(root, "SYSNMN"), host40);
     EXPECT_EQ(storedText(root, "GUARANTEE"), "L-1");
     EXPECT_EQ(storedText(root, "OSNMA"), "Plan 9");
@@ -144,7 +152,7 @@ TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentCom
 
     // A comment of 257: the record is saved, the comment refused and kept as it was.
     t->send(keys::Enter);  // the menu's current row is still the machine data
-    ASSERT_TRUE(t->waitForText(text(root, "VANTREL_MACHINE_ID"))) << t->dump();
+    ASSERT_TRUE(t->waitForText(text(root, "VXMACH_HOSTNAME_ID"))) << t->dump();
     typeMachine(*t, "host-2", "L-2", std::string(257, 'd'), 50);
     t->send(keys::Enter);
     dismiss(*t, text(root, "COMMENT_ERROR_ID"));
@@ -152,7 +160,7 @@ TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentCom
     EXPECT_EQ(storedText(root, "Comment"), std::string(256, 'c'));
     // Ctrl-O leaves without writing anything more.
     t->send(keys::CtrlO);
-    ASSERT_TRUE(backInMenu(root, *t, "VANTREL_MACHINE_ID")) << t->dump();
+    ASSERT_TRUE(backInMenu(root, *t, "VXMACH_HOSTNAME_ID")) << t->dump();
     EXPECT_EQ(storedText(root, "Comment"), std::string(256, 'c'));
 }
 
@@ -160,14 +168,20 @@ TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentCom
 
 TEST(VendorDataScreen, RulesInOrderAStoredBreakAtOnceAndTheTwoTelephones) {
     ProductRoot root;
+    setText(root, "SYSSHOPNMN", "Acme");
     setText(root, "SYSEIGYOTEL", "03 1234");
-    auto t = openScreen(root, kVendorRow, "VANTREL_SELLER_ID");
+    auto t = openScreen(root, kVendorRow, "IDS_ERROR_MSG_BADSELLERTELNUM");
     // The stored sales telephone with a blank is reported before the screen is used.
     dismiss(*t, text(root, "IDS_ERROR_MSG_BADSELLERTELNUM"));
+    ASSERT_TRUE(t->waitFor([&](const Terminal& s) {
+        const int row = s.findRow(text(root, "VXVEND_NAME_ID"));
+        return row >= 0 && s.cursor().first == row;
+    })) << t->dump();
     const std::string ok = text(root, "BUTTON_OK_ID");
 
     // Distributor of 51, then 50; the sales telephone's filter drops the blank, the engineer's
     // keeps it.
+    clearEntry(*t, 4);
     t->type(std::string(51, 'd'));
     tabs(*t, 3);
     clearEntry(*t, 10);
@@ -184,7 +198,7 @@ TEST(VendorDataScreen, RulesInOrderAStoredBreakAtOnceAndTheTwoTelephones) {
     tabs(*t, 7);
     ASSERT_TRUE(focusedButton(*t, ok)) << t->dump();
     t->send(keys::Enter);
-    ASSERT_TRUE(backInMenu(root, *t, "VANTREL_SELLER_ID")) << t->dump();
+    ASSERT_TRUE(backInMenu(root, *t, "VXVEND_SE_ID")) << t->dump();
     EXPECT_EQ(storedText(root, "SYSSHOPNMN"), std::string(50, 'd'));
     EXPECT_EQ(storedText(root, "SYSEIGYOTEL"), "(03)1234");
     EXPECT_EQ(storedText(root, "SYSSETEL"), "(03) 5678");
@@ -194,7 +208,7 @@ TEST(VendorDataScreen, RulesInOrderAStoredBreakAtOnceAndTheTwoTelephones) {
 TEST(VendorDataScreen, JapaneseChoosesTheDistributorAndCountsEucJpBytes) {
     ProductRoot root;
     setText(root, "SYSSHOPNMN", "Zeta Trading");
-    auto t = openScreen(root, kVendorRow, "VANTREL_SELLER_ID", true);
+    auto t = openScreen(root, kVendorRow, "VXVEND_SE_ID", true);
     // The stored distributor the list lacks is offered as the current row.
     ASSERT_TRUE(t->waitForText("Zeta Trading")) << t->dump();
     // A sales person of 20 kanji and one letter: 41 bytes in EUC-JP, one too many.
@@ -212,7 +226,7 @@ TEST(VendorDataScreen, JapaneseChoosesTheDistributorAndCountsEucJpBytes) {
     t->send(keys::Backspace);
     tabs(*t, 5);
     t->send(keys::Enter);
-    ASSERT_TRUE(backInMenu(root, *t, "VANTREL_SELLER_ID", true)) << t->dump();
+    ASSERT_TRUE(backInMenu(root, *t, "VXVEND_SE_ID", true)) << t->dump();
     EXPECT_EQ(storedText(root, "SYSSHOPNMN"), "Zeta Trading");
     std::string euc;
     for (int i = 0; i < 20; ++i)
@@ -224,7 +238,7 @@ TEST(VendorDataScreen, JapaneseChoosesTheDistributorAndCountsEucJpBytes) {
 
 TEST(OptionDataScreen, AddWithItsDescriptionDeleteAndTheirRefusals) {
     ProductRoot root;
-    auto t = openScreen(root, kOptionRow, "VANTREL_OPTION_ID");
+    auto t = openScreen(root, kOptionRow, "VXOPT_LIST_ID");
     ASSERT_TRUE(t->waitForText("Standard")) << t->dump();
     const std::string add = text(root, "DEST_BUTTON_ADD_ID");
     const std::string del = text(root, "DEST_BUTTON_DELETE_ID");
@@ -240,6 +254,7 @@ TEST(OptionDataScreen, AddWithItsDescriptionDeleteAndTheirRefusals) {
     tabs(*t, 1);
     ASSERT_TRUE(focusedButton(*t, text(root, "BUTTON_OK_ID"))) << t->dump();
     t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForNoText(text(root, "VXOPT_ADD_TITLE_ID"))) << t->dump();
     ASSERT_TRUE(t->waitForText("Extended")) << t->dump();
     EXPECT_EQ(store.text(kSettingKey, "OPTCDNLIST").value_or("?"), "0,1");
 
@@ -279,17 +294,17 @@ TEST(OptionDataScreen, AddWithItsDescriptionDeleteAndTheirRefusals) {
     dismiss(*t, text(root, "IDS_ERROR_MSG_DELETE"));
     EXPECT_TRUE(t->contains("Extended")) << t->dump();
     t->send(keys::CtrlO);
-    ASSERT_TRUE(backInMenu(root, *t, "VANTREL_OPTION_ID")) << t->dump();
+    ASSERT_TRUE(backInMenu(root, *t, "VXOPT_LIST_ID")) << t->dump();
 }
 
 TEST(OptionDataScreen, AStoreOfTheSingleValueShowsItsOneOption) {
     ProductRoot root;
     ASSERT_EQ(zoltest::StoreReader(root).setDword(kSettingKey, "OPTCDN", 2), ERROR_SUCCESS);
-    auto t = openScreen(root, kOptionRow, "VANTREL_OPTION_ID");
+    auto t = openScreen(root, kOptionRow, "VXOPT_LIST_ID");
     ASSERT_TRUE(t->waitForText("Premium")) << t->dump();
     EXPECT_FALSE(t->contains("Standard")) << t->dump();
     t->send(keys::CtrlO);
-    ASSERT_TRUE(backInMenu(root, *t, "VANTREL_OPTION_ID")) << t->dump();
+    ASSERT_TRUE(backInMenu(root, *t, "VXOPT_LIST_ID")) << t->dump();
 }
 
 }  // namespace
