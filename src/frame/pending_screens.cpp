@@ -19,6 +19,14 @@ void ScreenNotBuilt(const char* menuLabelId) {
 
 }  // namespace
 
-void VantrelReportSetting(HMODULE /*hLibRPTSET*/) {
-    ScreenNotBuilt("MAIN_VANTREL_ID");
+void VantrelMachineSetting(HMODULE /*rptsetLib*/) {
+    ScreenNotBuilt("VANTREL_MACHINE_ID");
+}
+
+void VantrelVendorSetting(HMODULE /*rptsetLib*/) {
+    ScreenNotBuilt("VANTREL_SELLER_ID");
+}
+
+void VantrelOptionSetting(HMODULE /*rptsetLib*/) {
+    ScreenNotBuilt("VANTREL_OPTION_ID");
 }
