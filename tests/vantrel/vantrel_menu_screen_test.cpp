@@ -1,0 +1,419 @@
+// The remote report service's menu as an administrator meets it: ZOLamsadm in an 80x25 terminal,
+// the service entered from the main menu, key floppies made with bin/zolkeyfd, the stop report
+// sent through a delivery library of the test's own, the customer pages in English and Japanese,
+// and the store checked afterwards.
+#include <gtest/gtest.h>
+#include <zolwin.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "frame/textformat.h"
+#include "frame_test_util.h"
+#include "regpaths.h"
+#include "store_reader.h"
+#include "ui/encoding.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+namespace keys = zoltest::keys;
+using frametest::english;
+using zoltest::ProductRoot;
+using zoltest::Terminal;
+
+const std::string kServiceKey = ZOL_KEY_VNTSERVICE;
+const std::string kSettingKey = ZOL_KEY_VNT_SETTING;
+
+// ---- The store ----
+
+DWORD storedDword(const ProductRoot& root, const std::string& key, const char* name) {
+    return zoltest::StoreReader(root).dword(key, name).value_or(0xFFFFFFFF);
+}
+
+std::string storedText(const ProductRoot& root, const std::string& key, const char* name) {
+    return zoltest::StoreReader(root).text(key, name).value_or("?");
+}
+
+// The values a key floppy sets, as the test compares them before and after.
+struct ServiceSetUp {
+    DWORD read, type, method;
+    std::string userCode, customer;
+    bool operator==(const ServiceSetUp&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const ServiceSetUp& s) {
+        return out << "{read " << s.read << ", type " << s.type << ", method " << s.method
+                   << ", user code \"" << s.userCode << "\", customer \"" << s.customer << "\"}";
+    }
+};
+
+ServiceSetUp storedSetUp(const ProductRoot& root) {
+    return {storedDword(root, kServiceKey, "InstVantrelKeyFD"),
+            storedDword(root, kServiceKey, "KEYFDTYPE"),
+            storedDword(root, kServiceKey, "MethodType"), storedText(root, kSettingKey, "USERCODE"),
+            storedText(root, kSettingKey, "TOKUINMA")};
+}
+
+// A service whose key floppy counts as read, without going through the dialog.
+void markSetUp(const ProductRoot& root) {
+    const zoltest::StoreReader store(root);
+    ASSERT_EQ(store.setDword(kServiceKey, "InstVantrelKeyFD", 1), ERROR_SUCCESS);
+    ASSERT_EQ(store.setDword(kServiceKey, "KEYFDTYPE", 1), ERROR_SUCCESS);
+    ASSERT_EQ(store.setText(kSettingKey, "USERCODE", "C0012345"), ERROR_SUCCESS);
+}
+
+// ---- Key floppies ----
+
+fs::path makeFloppy(const ProductRoot& root, const std::string& name,
+                    const std::vector<std::string>& args) {
+    const fs::path dir = root.path() / name;
+    std::vector<std::string> argv{root.bin("zolkeyfd").string(), "make", dir.string()};
+    argv.insert(argv.end(), args.begin(), args.end());
+    const zoltest::RunResult made = zoltest::run(argv, root.env());
+    EXPECT_EQ(made.status, 0) << made.out << made.err;
+    return dir;
+}
+
+fs::path mailFloppy(const ProductRoot& root, const std::string& name, const std::string& code) {
+    return makeFloppy(root, name,
+                      {"--type", "1", "--mail", "centre@example.com", "--usercode", code});
+}
+
+fs::path httpsFloppy(const ProductRoot& root, const std::string& name, const std::string& code) {
+    return makeFloppy(root, name,
+                      {"--type", "2", "--url", "https://centre.example.com/r", "--usercode", code});
+}
+
+std::uint32_t crc32(const std::string& bytes) {
+    std::uint32_t crc = 0xFFFFFFFFu;
+    for (const unsigned char c : bytes) {
+        crc ^= c;
+        for (int bit = 0; bit < 8; ++bit)
+            crc = (crc >> 1) ^ (0xEDB88320u & (0u - (crc & 1u)));
+    }
+    return ~crc;
+}
+
+// A key-floppy file whose checksum is right, whatever its values.
+fs::path handMadeFloppy(const ProductRoot& root, const std::string& name,
+                        const std::string& values) {
+    const fs::path dir = root.path() / name;
+    fs::create_directories(dir);
+    const std::string body = "VNTKEYFD 1\n" + values;
+    char checksum[32];
+    std::snprintf(checksum, sizeof checksum, "CHECKSUM=%08x\n", crc32(body));
+    zoltest::writeFile(dir / "VNTKEY.TXT", body + checksum);
+    return dir;
+}
+
+// ---- Keys and screens ----
+
+void tabs(Terminal& t, int count) {
+    for (int i = 0; i < count; ++i)
+        t.send(keys::Tab);
+}
+
+void clearEntry(Terminal& t, int length) {
+    t.send(keys::End);
+    for (int i = 0; i < length; ++i)
+        t.send(keys::Backspace);
+}
+
+bool cursorOnRow(Terminal& t, const std::string& label, int below = 0) {
+    return t.waitFor([&](const Terminal& s) {
+        const int row = s.findRow(label);
+        return row >= 0 && s.cursor().first == row + below;
+    });
+}
+
+// True when one of the reverse-video runs (the focused button, the lists' current rows) is
+// exactly `text`.
+bool reverseRun(const Terminal& s, const std::string& text) {
+    return ("\n" + s.reverseText() + "\n").find("\n" + text + "\n") != std::string::npos;
+}
+
+// Waits for a box showing `text` (its start: wrapped boxes break it) drawn to its focused
+// button, and closes it.
+void dismiss(Terminal& t, const std::string& text) {
+    const std::string start = text.substr(0, 30);
+    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
+        return s.contains(start) && reverseRun(s, "ok");
+    })) << t.dump();
+    t.send(keys::Enter);
+    ASSERT_TRUE(t.waitFor([&](const Terminal& s) { return !s.contains(start); })) << t.dump();
+}
+
+// Answers a question box with its first (OK) or second (Cancel) button.
+void answer(Terminal& t, const std::string& question, bool ok) {
+    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
+        return s.contains(question.substr(0, 30)) && !s.reverseText().empty();
+    })) << t.dump();
+    if (!ok)
+        t.send(keys::Tab);
+    t.send(keys::Enter);
+}
+
+// The path dialog, newly opened (the cursor in its entry) or run again after a refusal (on OK).
+bool pathDialogShown(const ProductRoot& root, Terminal& t) {
+    const std::string label = english(root, "INPUT_OPENINGFILE_PATH_LABLE_ID");
+    return t.waitFor([&](const Terminal& s) {
+        const int row = s.findRow(label);
+        return row >= 0 && (s.cursor().first == row + 2 || reverseRun(s, "OK"));
+    });
+}
+
+bool menuShown(const ProductRoot& root, Terminal& t) {
+    return cursorOnRow(t, english(root, "VANTREL_USERINFO_ID1"));
+}
+
+bool mainMenuShown(const ProductRoot& root, Terminal& t) {
+    return cursorOnRow(t, english(root, "MAIN_VANTREL_ID"));
+}
+
+// The main menu's last row.
+std::unique_ptr<Terminal> enterService(const ProductRoot& root, bool japanese = false) {
+    auto t = japanese ? frametest::start(root, {}, true) : frametest::startMenu(root);
+    for (int i = 0; i < 4; ++i)
+        t->send(keys::Down);
+    t->send(keys::Enter);
+    return t;
+}
+
+// From the path dialog: the entry emptied, the path typed, OK.
+void givePath(Terminal& t, const fs::path& path) {
+    clearEntry(t, 100);
+    t.type(path.string());
+    t.send(keys::Tab);
+    t.send(keys::Enter);
+}
+
+void closeAll(Terminal& t) {
+    for (int i = 0; i < 5 && t.running(); ++i) {
+        const std::string before = t.screenText();
+        t.send(keys::CtrlO);
+        t.waitFor([&](const Terminal& s) { return !s.running() || s.screenText() != before; });
+    }
+    ASSERT_TRUE(t.waitForExit()) << t.dump();
+    EXPECT_EQ(t.exitStatus(), 1) << t.dump();
+}
+
+}  // namespace
+
+// A floppy for HTTPS read from a folder: the set-up is stored, the method becomes HTTPS and the
+// menu opens; the next visit goes straight to the menu. A mail floppy says it is not one for
+// HTTPS and leaves the method alone.
+TEST(VantrelMenuScreen, FirstReadingFromFolderFloppies) {
+    for (const bool https : {true, false}) {
+        SCOPED_TRACE(https ? "HTTPS floppy" : "mail floppy");
+        ProductRoot root;
+        const fs::path floppy =
+            https ? httpsFloppy(root, "fd", "H0000001") : mailFloppy(root, "fd", "M0000001");
+        auto t = enterService(root);
+        ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+        EXPECT_TRUE(t->contains("/tmp/vntfd")) << t->dump();
+        givePath(*t, floppy.string() + "/");
+        if (!https)
+            dismiss(*t, english(root, "HTTPS_OPEN_FILE_NOT_EXIST"));
+        ASSERT_TRUE(menuShown(root, *t)) << t->dump();
+        EXPECT_EQ(storedSetUp(root), (ServiceSetUp{1, https ? 2u : 1u, https ? 3u : 0u,
+                                                   https ? "H0000001" : "M0000001", ""}));
+        t->send(keys::CtrlO);
+        ASSERT_TRUE(mainMenuShown(root, *t)) << t->dump();
+        t->send(keys::Enter);
+        ASSERT_TRUE(menuShown(root, *t)) << t->dump();
+        closeAll(*t);
+    }
+}
+
+// Each refusal shows its message and asks again; nothing of the floppy is stored.
+TEST(VantrelMenuScreen, RefusedFloppiesStoreNothing) {
+    struct Case {
+        const char* what;
+        const char* message;
+        fs::path (*make)(const ProductRoot&);
+    };
+    const Case cases[] = {
+        {"damaged", "IDS_MSG_KEYFD_FAILURE",
+         [](const ProductRoot& root) {
+             const fs::path dir = mailFloppy(root, "fd", "C0012345");
+             std::string text = zoltest::readFile(dir / "VNTKEY.TXT");
+             text.replace(text.find("C0012345"), 8, "C0012346");
+             zoltest::writeFile(dir / "VNTKEY.TXT", text);
+             return dir;
+         }},
+        {"in the wrong place", "IDS_MSG_PATH_FAILURE",
+         [](const ProductRoot& root) {
+             mailFloppy(root, "fd", "C0012345");
+             return root.path() / "log";
+         }},
+        {"with bad content", "IDS_MSG_KEYFD_FAILURE",
+         [](const ProductRoot& root) {
+             return handMadeFloppy(root, "fd",
+                                   "KEYFDTYPE=7\nUSERCODE=C0012345\nMAILADRS=c@example.com\n");
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ProductRoot root;
+        const fs::path floppy = c.make(root);
+        const ServiceSetUp before = storedSetUp(root);
+        auto t = enterService(root);
+        ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+        givePath(*t, floppy);
+        dismiss(*t, english(root, c.message));
+        ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+        t->send(keys::CtrlO);
+        ASSERT_TRUE(mainMenuShown(root, *t)) << t->dump();
+        EXPECT_EQ(storedSetUp(root), before);
+        closeAll(*t);
+    }
+}
+
+// A path one character too long is refused with the limit; the dialog keeps asking.
+TEST(VantrelMenuScreen, PathLongerThanTheLimitIsRefused) {
+    ProductRoot root;
+    auto t = enterService(root);
+    ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+    clearEntry(*t, 20);
+    t->send(std::string(513, 'a'));
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    std::string refusal = english(root, "IDS_MSG_PATH_LONG");
+    refusal.replace(refusal.find("%d"), 2, "512");
+    dismiss(*t, refusal);
+    ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+    closeAll(*t);
+}
+
+// Reopen resets every set-up value before it reads the new floppy: a customer value typed since
+// is gone, the new floppy's values and HTTPS are in. A damaged floppy then closes the menu with
+// the set-up reset, and the next visit asks for a floppy.
+TEST(VantrelMenuScreen, ReopenReadsANewFloppyOverTheInitialValues) {
+    ProductRoot root;
+    const fs::path first = mailFloppy(root, "fd1", "M0000001");
+    const fs::path second = httpsFloppy(root, "fd2", "H0000002");
+    auto t = enterService(root);
+    ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+    givePath(*t, first);
+    dismiss(*t, english(root, "HTTPS_OPEN_FILE_NOT_EXIST"));
+    ASSERT_TRUE(menuShown(root, *t)) << t->dump();
+    ASSERT_EQ(zoltest::StoreReader(root).setText(kSettingKey, "TOKUINMA", "Old Co"), ERROR_SUCCESS);
+
+    tabs(*t, 2);
+    t->send(keys::Enter);
+    ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+    givePath(*t, second);
+    dismiss(*t, english(root, "VANTREL_REOPEN_SUCCEED"));
+    ASSERT_TRUE(t->waitForText(english(root, "VANTREL_REOPEN_ID"))) << t->dump();
+    EXPECT_EQ(storedSetUp(root), (ServiceSetUp{1, 2, 3, "H0000002", ""}));
+
+    std::string text = zoltest::readFile(first / "VNTKEY.TXT");
+    text.replace(text.find("M0000001"), 8, "M0000009");
+    zoltest::writeFile(first / "VNTKEY.TXT", text);
+    t->send(keys::Enter);
+    ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+    givePath(*t, first);
+    dismiss(*t, english(root, "IDS_MSG_KEYFD_FAILURE"));
+    ASSERT_TRUE(mainMenuShown(root, *t)) << t->dump();
+    EXPECT_EQ(storedSetUp(root), (ServiceSetUp{0, 0, 0, "", ""}));
+    t->send(keys::Enter);
+    ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+    closeAll(*t);
+}
+
+// A row whose key is missing ends the reset there: the rows before it are reset, the box names
+// the reopen, and the menu closes.
+TEST(VantrelMenuScreen, ReopenStopsAtAMissingKey) {
+    ProductRoot root;
+    markSetUp(root);
+    const fs::path floppy = httpsFloppy(root, "fd", "H0000002");
+    frametest::zolreg(root, {"delete", "HKLM\\" ZOL_KEY_VNT_HEARTBEAT, "/f"});
+    auto t = enterService(root);
+    ASSERT_TRUE(menuShown(root, *t)) << t->dump();
+    tabs(*t, 2);
+    t->send(keys::Enter);
+    ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+    givePath(*t, floppy);
+    dismiss(*t, FormatText(english(root, "FUNC_CALL_ERR"), {"Vantrel Reopen"}));
+    ASSERT_TRUE(mainMenuShown(root, *t)) << t->dump();
+    EXPECT_EQ(storedSetUp(root), (ServiceSetUp{0, 0, 0, "", ""}));
+    closeAll(*t);
+}
+
+// Without a delivery library the stop report cannot be sent: the load failure, then the end
+// failure, and the set-up stays.
+TEST(VantrelMenuScreen, CeaseWithoutDeliveryLibraryKeepsTheSetUp) {
+    ProductRoot root;
+    markSetUp(root);
+    const ServiceSetUp before = storedSetUp(root);
+    auto t = enterService(root);
+    ASSERT_TRUE(menuShown(root, *t)) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    answer(*t, english(root, "IDS_MSG_ASK"), true);
+    dismiss(*t, FormatText(english(root, "IDS_ERR_LOAD_DLL"), {"mailrpt.dll"}));
+    dismiss(*t, english(root, "IDS_ERR_END"));
+    ASSERT_TRUE(cursorOnRow(*t, english(root, "VANTREL_CEASE_ID"))) << t->dump();
+    EXPECT_EQ(storedSetUp(root), before);
+    EXPECT_TRUE(zoltest::StoreReader(root).subkeys(ZOL_KEY_VNT_STOPREPORT).has_value());
+    closeAll(*t);
+}
+
+// Through the test's delivery library: what it answers decides the boxes; only a sent report
+// clears the set-up, and then the menu asks for a floppy again.
+TEST(VantrelMenuScreen, CeaseThroughTheDeliveryLibrary) {
+    struct Case {
+        const char* results;
+        std::vector<bool> retryAnswers;  // OK to each retry question, in order
+        bool sent;
+        bool errorText;  // the library's text is shown before the end failure
+        int calls;
+    };
+    const Case cases[] = {
+        {"0", {}, true, false, 1},  {"1 0", {true}, true, false, 2}, {"1", {false}, false, true, 1},
+        {"2", {}, false, false, 1}, {"5", {}, false, true, 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.results);
+        ProductRoot root;
+        markSetUp(root);
+        fs::copy_file(TEST_DELIVERY_LIBRARY, root.path() / "lib" / "mailrpt.dll");
+        zoltest::writeFile(root.path() / "log" / "test_delivery.results", c.results);
+        const ServiceSetUp before = storedSetUp(root);
+        auto t = enterService(root);
+        ASSERT_TRUE(menuShown(root, *t)) << t->dump();
+        t->send(keys::Tab);
+        t->send(keys::Enter);
+        answer(*t, english(root, "IDS_MSG_ASK"), true);
+        for (const bool retry : c.retryAnswers)
+            answer(*t, english(root, "IDS_MSG_RETRY"), retry);
+        if (c.sent) {
+            dismiss(*t, english(root, "IDS_MSG_END"));
+        } else {
+            if (c.errorText)
+                dismiss(*t, "Test delivery: the centre did not answer.");
+            dismiss(*t, english(root, "IDS_ERR_END"));
+        }
+        // The menu runs again, on the row that ended the service, once everything is done.
+        ASSERT_TRUE(cursorOnRow(*t, english(root, "VANTREL_CEASE_ID"))) << t->dump();
+        std::string expectedCalls;
+        for (int i = 0; i < c.calls; ++i)
+            expectedCalls += "E\n";
+        EXPECT_EQ(zoltest::readFile(root.path() / "log" / "test_delivery.calls"), expectedCalls);
+        if (!c.sent) {
+            EXPECT_EQ(storedSetUp(root), before);
+            closeAll(*t);
+            continue;
+        }
+        EXPECT_EQ(storedSetUp(root), (ServiceSetUp{0, 0, 0, "", ""}));
+        EXPECT_EQ(storedDword(root, ZOL_KEY_VNT_HEARTBEAT, "HBSLEEPTIME"), 43200u);
+        t->send(keys::CtrlO);
+        ASSERT_TRUE(mainMenuShown(root, *t)) << t->dump();
+        t->send(keys::Enter);
+        ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
+        closeAll(*t);
+    }
+}
