@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "frame/checks.h"
 #include "frame/textformat.h"
 #include "frame_test_util.h"
 #include "regpaths.h"
@@ -174,8 +175,12 @@ bool mainMenuShown(const ProductRoot& root, Terminal& t) {
 }
 
 // The main menu's last row.
-std::unique_ptr<Terminal> enterService(const ProductRoot& root, bool japanese = false) {
-    auto t = japanese ? frametest::start(root, {}, true) : frametest::startMenu(root);
+std::unique_ptr<Terminal> enterService(const ProductRoot& root, bool inJapanese = false) {
+    auto t = inJapanese ? frametest::start(root, {}, true) : frametest::startMenu(root);
+    if (inJapanese) {
+        EXPECT_TRUE(t->waitForText(frametest::messageText(root, "J_report.rc", "MAIN_BASESET_ID")))
+            << t->dump();
+    }
     for (int i = 0; i < 4; ++i)
         t->send(keys::Down);
     t->send(keys::Enter);
@@ -416,4 +421,189 @@ TEST(VantrelMenuScreen, CeaseThroughTheDeliveryLibrary) {
         ASSERT_TRUE(pathDialogShown(root, *t)) << t->dump();
         closeAll(*t);
     }
+}
+
+namespace {
+
+std::string japanese(const ProductRoot& root, const char* id) {
+    return frametest::messageText(root, "J_report.rc", id);
+}
+
+void setTexts(const ProductRoot& root,
+              std::initializer_list<std::pair<const char*, std::string>> values) {
+    const zoltest::StoreReader store(root);
+    for (const auto& [name, text] : values)
+        ASSERT_EQ(store.setText(kSettingKey, name, text), ERROR_SUCCESS) << name;
+}
+
+// A service set up with a company customer, entered to its menu (in Japanese when asked).
+std::unique_ptr<Terminal> customerMenu(const ProductRoot& root, bool inJapanese = false) {
+    markSetUp(root);
+    setTexts(root, {{"TOKUINMA", "Example Co"},
+                    {"TOKUINMN", zolui::utf8ToEuc("例会社")},
+                    {"BUNMN", "Sales"},
+                    {"BUTANNMA", "Smith"},
+                    {"ZIPNO", "1234567"},
+                    {"ADRSNMA", "1 Main Street"},
+                    {"ADRSNMN", zolui::utf8ToEuc("東京都")},
+                    {"BUTEL", "03-1234-5678"},
+                    {"MAIL", "info@example.com"}});
+    auto t = enterService(root, inJapanese);
+    const std::string first =
+        inJapanese ? japanese(root, "VANTREL_USERINFO_ID1") : english(root, "VANTREL_USERINFO_ID1");
+    EXPECT_TRUE(cursorOnRow(*t, first)) << t->dump();
+    return t;
+}
+
+// A field of a customer page given a new text, then OK (`okTabs` Tabs after the field).
+struct FieldCase {
+    int tabs;  // from the page's first field
+    std::string text;
+    int okTabs;
+    std::string refusal;  // the box's text; empty when the page saves and closes
+};
+
+// okTabs -1: the field is only filled, the page is not left.
+void enterField(Terminal& t, const FieldCase& c) {
+    tabs(t, c.tabs);
+    clearEntry(t, 130);
+    t.type(c.text);
+    if (c.okTabs < 0)
+        return;
+    tabs(t, c.okTabs);
+    t.send(keys::Enter);
+}
+
+// Opens the page (the menu's row `row`), waits for its field label, and tries the case: a
+// refusal is dismissed and the page closed with Ctrl-O; an accepted page closes by itself.
+void tryCase(Terminal& t, int row, const std::string& label, const std::string& menuRow,
+             const FieldCase& c) {
+    for (int i = 0; i < row; ++i)
+        t.send(keys::Down);
+    t.send(keys::Enter);
+    ASSERT_TRUE(t.waitForText(label)) << t.dump();
+    enterField(t, c);
+    if (!c.refusal.empty()) {
+        dismiss(t, c.refusal);
+        t.send(keys::CtrlO);
+    }
+    ASSERT_TRUE(t.waitForNoText(label)) << t.dump();
+    ASSERT_TRUE(cursorOnRow(t, menuRow)) << t.dump();
+    for (int i = 0; i < row; ++i)
+        t.send(keys::Up);
+}
+
+}  // namespace
+
+// Page 1 in English: each limit refused with its message and nothing stored, then the edge values
+// stored; a personal customer keeps the department it had.
+TEST(VantrelCustomerScreen, Page1LimitsInEnglish) {
+    ProductRoot root;
+    auto t = customerMenu(root);
+    const std::string label = english(root, "VXUSER_PROPERTY_ID");
+    const std::string row = english(root, "VANTREL_USERINFO_ID1");
+    const FieldCase refused[] = {
+        {2, std::string(51, 'A'), 3, english(root, "IDS_ERROR_MSG_USERNAMEK")},
+        {2, "", 3, english(root, "IDS_ERROR_MSG_USERNAMEK")},
+        {3, std::string(61, 'D'), 2, english(root, "IDS_ERROR_MSG_DEPTNAME")},
+        {4, std::string(21, 'P'), 1, english(root, "IDS_ERROR_MSG_PERSONNAMEK")},
+    };
+    for (const FieldCase& c : refused) {
+        SCOPED_TRACE(c.refusal);
+        tryCase(*t, 0, label, row, c);
+    }
+    EXPECT_EQ(storedText(root, kSettingKey, "TOKUINMA"), "Example Co");
+    EXPECT_EQ(storedText(root, kSettingKey, "BUNMN"), "Sales");
+    EXPECT_EQ(storedText(root, kSettingKey, "BUTANNMA"), "Smith");
+
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(label)) << t->dump();
+    enterField(*t, {2, std::string(50, 'A'), -1, ""});
+    enterField(*t, {1, std::string(60, 'D'), -1, ""});
+    enterField(*t, {1, std::string(20, 'P'), 1, ""});
+    ASSERT_TRUE(t->waitForNoText(label)) << t->dump();
+    ASSERT_TRUE(cursorOnRow(*t, row)) << t->dump();
+    EXPECT_EQ(storedText(root, kSettingKey, "TOKUINMA"), std::string(50, 'A'));
+    EXPECT_EQ(storedText(root, kSettingKey, "BUNMN"), std::string(60, 'D'));
+    EXPECT_EQ(storedText(root, kSettingKey, "BUTANNMA"), std::string(20, 'P'));
+    EXPECT_EQ(storedDword(root, kSettingKey, "KAISHAKBN"), 1u);
+
+    // Personal: the department and person entries are disabled (skipped by Tab) and keep what the
+    // record holds.
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(label)) << t->dump();
+    t->send(keys::Space);
+    tabs(*t, 3);
+    ASSERT_TRUE(t->waitFor([&](const Terminal& s) {
+        return reverseRun(s, english(root, "BUTTON_OK_ID"));
+    })) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(cursorOnRow(*t, row)) << t->dump();
+    EXPECT_EQ(storedDword(root, kSettingKey, "KAISHAKBN"), 0u);
+    EXPECT_EQ(storedText(root, kSettingKey, "BUNMN"), std::string(60, 'D'));
+
+    // Stored data that break a rule are reported before the page shows.
+    setTexts(root, {{"BUNMN", std::string(61, 'x')}});
+    t->send(keys::Enter);
+    dismiss(*t, english(root, "IDS_ERROR_MSG_DEPTNAME"));
+    ASSERT_TRUE(t->waitForText(label)) << t->dump();
+    closeAll(*t);
+}
+
+// Page 2 in English: the limits, the mail check's own message, the stored values, and a stored
+// post code with a hyphen reported on opening.
+TEST(VantrelCustomerScreen, Page2LimitsInEnglish) {
+    ProductRoot root;
+    auto t = customerMenu(root);
+    const std::string label = english(root, "VXUSER_POSTCODE_ID");
+    const std::string row = english(root, "VANTREL_USERINFO_ID2");
+    t->send(keys::Down);
+    ASSERT_TRUE(cursorOnRow(*t, row)) << t->dump();
+    t->send(keys::Up);
+    const FieldCase refused[] = {
+        {0, "12345678", 4, english(root, "IDS_ERROR_MSG_POSTNUM")},
+        {1, std::string(51, 'a'), 3, english(root, "IDS_ERROR_MSG_ADDRESSK")},
+        {2, std::string(31, '1'), 2, english(root, "IDS_ERROR_MSG_TELNUM")},
+        {3, std::string(69, 'm') + "@example.com", 1, english(root, "IDS_ERROR_MSG_MAILADDRESS")},
+        {3, "nobody", 1, english(root, MailAddrListFault("nobody"))},
+    };
+    for (const FieldCase& c : refused) {
+        SCOPED_TRACE(c.refusal);
+        tryCase(*t, 1, label, row, c);
+    }
+    EXPECT_EQ(storedText(root, kSettingKey, "ZIPNO"), "1234567");
+
+    t->send(keys::Down);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(label)) << t->dump();
+    enterField(*t, {0, "7654321", -1, ""});
+    enterField(*t, {2, "(03)1234-5678", -1, ""});
+    enterField(*t, {1, std::string(68, 'm') + "@example.com", 1, ""});
+    ASSERT_TRUE(cursorOnRow(*t, row)) << t->dump();
+    EXPECT_EQ(storedText(root, kSettingKey, "ZIPNO"), "7654321");
+    EXPECT_EQ(storedText(root, kSettingKey, "BUTEL"), "(03)1234-5678");
+    EXPECT_EQ(storedText(root, kSettingKey, "MAIL"), std::string(68, 'm') + "@example.com");
+
+    setTexts(root, {{"ZIPNO", "123-456"}});
+    t->send(keys::Enter);
+    dismiss(*t, english(root, "IDS_ERROR_MSG_BADPOSTNUM"));
+    ASSERT_TRUE(t->waitForText(label)) << t->dump();
+    closeAll(*t);
+}
+
+// Japanese mode: the Japanese customer name is limited in EUC-JP bytes: 81 (40 double-width
+// characters and one letter) is refused, 80 stored.
+TEST(VantrelCustomerScreen, JapaneseNameLimitInEucBytes) {
+    ProductRoot root;
+    auto t = customerMenu(root, true);
+    const std::string label = japanese(root, "VXUSER_PROPERTY_ID");
+    const std::string row = japanese(root, "VANTREL_USERINFO_ID1");
+    std::string forty;
+    for (int i = 0; i < 40; ++i)
+        forty += "日";
+    tryCase(*t, 0, label, row, {3, forty + "a", 4, japanese(root, "IDS_ERROR_MSG_USERNAMEC")});
+    EXPECT_EQ(storedText(root, kSettingKey, "TOKUINMN"), zolui::utf8ToEuc("例会社"));
+    tryCase(*t, 0, label, row, {3, forty, 4, ""});
+    EXPECT_EQ(storedText(root, kSettingKey, "TOKUINMN"), zolui::utf8ToEuc(forty));
+    closeAll(*t);
 }
