@@ -2,6 +2,7 @@
 // asks for it and has the report-settings library check it, and the trimming of its last "/".
 #include <mntent.h>
 
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -19,6 +20,8 @@ char g_fdPath[kFdPathMax + 1] = {};
 namespace {
 
 constexpr int kPathEntryWidth = 60;
+// Room for the texts of one mount-table line.
+constexpr std::size_t kMountLineSize = 4096;
 
 struct MountTableCloser {
     void operator()(FILE* table) const { endmntent(table); }
@@ -84,8 +87,9 @@ int getFloppyMountPoint(char* buffer, int size, const char* mountTable) {
         return 0;
     }
     mntent entry{};
-    char strings[4096];
-    while (getmntent_r(table.get(), &entry, strings, sizeof strings) != nullptr) {
+    std::array<char, kMountLineSize> strings{};
+    while (getmntent_r(table.get(), &entry, strings.data(), static_cast<int>(strings.size())) !=
+           nullptr) {
         if (std::strstr(entry.mnt_dir, "floppy") == nullptr)
             continue;
         int length = static_cast<int>(std::strlen(entry.mnt_dir));

@@ -4,6 +4,7 @@
 // when the report fails: the set-up stays as it was.
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -45,6 +46,10 @@ constexpr Delivery kDeliveries[] = {
 };
 constexpr const char* kSelectedEntry = "GUIVntReport";
 
+struct Chosen {
+    std::string library, entry;
+};
+
 // Frees the library LoadDLL loaded when the scope ends.
 struct LoadedDll {
     LoadedDll() = default;
@@ -76,26 +81,22 @@ void ErrorBox(const char* title, const char* textId, const std::string& argument
     msgWindow(title, " ok ", text.c_str());
 }
 
-// The delivery library and entry of the stored method: false after the box when there is none.
-bool ChooseDelivery(HMODULE lib, std::string* library, std::string* entry) {
+// The delivery library and entry of the stored method: nothing, after the box, when there is
+// none.
+std::optional<Chosen> ChooseDelivery(HMODULE lib) {
     int method = 0;
     if (GetVntMethod(lib, &method) != 0) {
         ShowFuncCallErr("GetVntMethod");
-        return false;
+        return std::nullopt;
     }
-    if (method >= 0 && method < static_cast<int>(std::size(kDeliveries))) {
-        *library = kDeliveries[method].library;
-        *entry = kDeliveries[method].entry;
-        return true;
-    }
+    if (method >= 0 && method < static_cast<int>(std::size(kDeliveries)))
+        return Chosen{kDeliveries[method].library, kDeliveries[method].entry};
     char name[kLibraryNameSize] = {};
     if (!SelectedDeliveryLibrary(hLibVNTUTILI, name, kLibraryNameSize)) {
         ShowFuncCallErr("VNTGetSelectedDllName");
-        return false;
+        return std::nullopt;
     }
-    *library = name;
-    *entry = kSelectedEntry;
-    return true;
+    return Chosen{name, kSelectedEntry};
 }
 
 // The set-up of the ended service is cleared; a failure is only traced.
@@ -149,11 +150,13 @@ void DoReport(HMODULE lib) {
         return;
     }
     RegCloseKey(key);
-    std::string library, entry;
-    if (!ChooseDelivery(lib, &library, &entry)) {
+    const std::optional<Chosen> chosen = ChooseDelivery(lib);
+    if (!chosen) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<no delivery library.");
         return;
     }
+    const std::string& library = chosen->library;
+    const std::string& entry = chosen->entry;
     const LoadedDll loaded;
     if (!LoadDLL(library.c_str())) {
         ErrorBox("ERROR", "IDS_ERR_LOAD_DLL", library);
