@@ -107,11 +107,15 @@ int getFloppyMountPoint(char* buffer, int size, const char* mountTable) {
 }
 
 void cutPathTail(char* path) {
-    if (path == nullptr)
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] path=%s", path ? path : "(null)");
+    if (path == nullptr) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]param error.");
         return;
+    }
     const std::size_t length = std::strlen(path);
     if (length > 1 && path[length - 1] == '/')
         path[length - 1] = '\0';
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<path=%s", path);
 }
 
 int SetFDPathWin(char* buffer, int size, HMODULE lib) {

@@ -125,6 +125,7 @@ struct Page1Form {
 // The radio buttons' callback: a personal customer has no department and no person in charge.
 void CheckRadioFunc(const Page1Form& form, const VntUserData& record) {
     const bool company = form.kind.currentIndex() == 1;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> company=%d <", company ? 1 : 0);
     const newtFlagsSense sense = company ? NEWT_FLAGS_RESET : NEWT_FLAGS_SET;
     newtEntrySetFlags(form.department, NEWT_FLAG_DISABLED, sense);
     newtEntrySetFlags(form.personA, NEWT_FLAG_DISABLED, sense);
@@ -242,19 +243,32 @@ CustomerPage2 TypedPage2(const Page2Form& form, const VntUserData& record) {
 }  // namespace
 
 int CheckVntUserData1(const VntUserData* record) {
-    return record != nullptr && Passes(CustomerPage1Fault(Page1Of(*record), g_japanese)) ? 1 : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] record=%p", static_cast<const void*>(record));
+    const int result =
+        record != nullptr && Passes(CustomerPage1Fault(Page1Of(*record), g_japanese)) ? 1 : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
 }
 
 int CheckVntUserData2(const VntUserData* record) {
-    return record != nullptr && Page2Passes(Page2Of(*record)) ? 1 : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] record=%p", static_cast<const void*>(record));
+    const int result = record != nullptr && Page2Passes(Page2Of(*record)) ? 1 : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", result);
+    return result;
 }
 
 BOOL InitUserSetting(HMODULE lib) {
-    return ReadVntUser(lib, CPVntUserData.get()) ? TRUE : FALSE;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    const BOOL result = ReadVntUser(lib, CPVntUserData.get()) ? TRUE : FALSE;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %s.", result ? "TRUE" : "FALSE");
+    return result;
 }
 
 BOOL PutVntUserSetting(HMODULE lib, VntUserData* record) {
-    return WriteVntUser(lib, record) ? TRUE : FALSE;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    const BOOL result = WriteVntUser(lib, record) ? TRUE : FALSE;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %s.", result ? "TRUE" : "FALSE");
+    return result;
 }
 
 void VantrelUserSetting(HMODULE rptsetLib) {

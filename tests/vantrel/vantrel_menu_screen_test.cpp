@@ -542,6 +542,18 @@ TEST(VantrelCustomerScreen, Page1LimitsInEnglish) {
     EXPECT_EQ(storedDword(root, kSettingKey, "KAISHAKBN"), 0u);
     EXPECT_EQ(storedText(root, kSettingKey, "BUNMN"), std::string(60, 'D'));
 
+    // A personal customer's page shows no department; choosing company brings the stored one
+    // back.
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(label)) << t->dump();
+    EXPECT_FALSE(t->contains("DDDDDDDDDD")) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Space);
+    ASSERT_TRUE(t->waitForText("DDDDDDDDDD")) << t->dump();
+    t->send(keys::CtrlO);
+    ASSERT_TRUE(cursorOnRow(*t, row)) << t->dump();
+    EXPECT_EQ(storedDword(root, kSettingKey, "KAISHAKBN"), 0u);
+
     // Stored data that break a rule are reported before the page shows.
     setTexts(root, {{"BUNMN", std::string(61, 'x')}});
     t->send(keys::Enter);
@@ -591,9 +603,9 @@ TEST(VantrelCustomerScreen, Page2LimitsInEnglish) {
     closeAll(*t);
 }
 
-// Japanese mode: the Japanese customer name is limited in EUC-JP bytes: 81 (40 double-width
-// characters and one letter) is refused, 80 stored.
-TEST(VantrelCustomerScreen, JapaneseNameLimitInEucBytes) {
+// Japanese mode: the Japanese customer name and address are limited in EUC-JP bytes: 81 (40
+// double-width characters and one letter) is refused, 80 stored.
+TEST(VantrelCustomerScreen, JapaneseFieldsLimitedInEucBytes) {
     ProductRoot root;
     auto t = customerMenu(root, true);
     const std::string label = japanese(root, "VXUSER_PROPERTY_ID");
@@ -605,5 +617,13 @@ TEST(VantrelCustomerScreen, JapaneseNameLimitInEucBytes) {
     EXPECT_EQ(storedText(root, kSettingKey, "TOKUINMN"), zolui::utf8ToEuc("例会社"));
     tryCase(*t, 0, label, row, {3, forty, 4, ""});
     EXPECT_EQ(storedText(root, kSettingKey, "TOKUINMN"), zolui::utf8ToEuc(forty));
+
+    // Page 2: the Japanese address likewise.
+    const std::string label2 = japanese(root, "VXUSER_POSTCODE_ID");
+    const std::string row2 = japanese(root, "VANTREL_USERINFO_ID2");
+    tryCase(*t, 1, label2, row2, {2, forty + "a", 4, japanese(root, "IDS_ERROR_MSG_ADDRESSC")});
+    EXPECT_EQ(storedText(root, kSettingKey, "ADRSNMN"), zolui::utf8ToEuc("東京都"));
+    tryCase(*t, 1, label2, row2, {2, forty, 4, ""});
+    EXPECT_EQ(storedText(root, kSettingKey, "ADRSNMN"), zolui::utf8ToEuc(forty));
     closeAll(*t);
 }
