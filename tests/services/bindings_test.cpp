@@ -44,6 +44,7 @@ const LibraryFunctions kBound[] = {
       "VNTGetSelectedDllName"}},
     {"chkset.dll", {"CheckScheduleFile", "CheckLogFile"}},
     {"hrtbeat.dll", {"ReportByMain"}},
+    {"SRVINFO.DLL", {"VX_Clear_EMP_info_Data"}},
 };
 
 TEST_F(ServicesTest, EveryLibraryExportsEveryFunctionTheProgramBinds) {
