@@ -234,6 +234,30 @@ TEST(VendorDataScreen, JapaneseChoosesTheDistributorAndCountsEucJpBytes) {
     EXPECT_EQ(storedText(root, "SYSEIGYONMN"), euc);
 }
 
+// ---- Every form ----
+
+TEST(DataScreens, CtrlOClosesEachFormWithoutWriting) {
+    struct Case {
+        MenuRow row;
+        const char* labelId;
+        const char* value;
+    };
+    const Case cases[] = {
+        {kMachineRow, "VXMACH_HOSTNAME_ID", "SYSNMN"},
+        {kVendorRow, "VXVEND_SE_ID", "SYSSHOPNMN"},
+    };
+    for (const Case& c : cases) {
+        ProductRoot root;
+        setText(root, c.value, "stored");
+        auto t = openScreen(root, c.row, c.labelId);
+        ASSERT_TRUE(t->waitForText("stored")) << t->dump();
+        t->type("-typed");
+        t->send(keys::CtrlO);
+        ASSERT_TRUE(backInMenu(root, *t, c.labelId)) << t->dump();
+        EXPECT_EQ(storedText(root, c.value), "stored") << c.labelId;
+    }
+}
+
 // ---- Option data ----
 
 TEST(OptionDataScreen, AddWithItsDescriptionDeleteAndTheirRefusals) {
