@@ -98,16 +98,18 @@ bool backInMenu(const ProductRoot& root, Terminal& t, const char* screenLabelId,
 // ---- Machine data ----
 
 // From the host entry: the six fields typed over what they hold (each emptied first, `held`
-// characters at most), the operating system left as shown, then OK.
+// characters at most), the operating system left as shown or moved one row up, then OK.
 void typeMachine(Terminal& t, const std::string& host, const std::string& license,
-                 const std::string& comment, int held) {
+                 const std::string& comment, int held, bool systemAbove = false) {
     const std::string fields[] = {host, "Model 7", "Tavik", license};
     for (const std::string& field : fields) {
         clearEntry(t, held);
         t.type(field);
         t.send(keys::Tab);
     }
-    t.send(keys::Tab);  // the operating-system list
+    if (systemAbove)
+        t.send(keys::Up);  // on the operating-system list
+    t.send(keys::Tab);
     clearEntry(t, held);
     t.type("12.4");
     t.send(keys::Tab);
@@ -153,10 +155,11 @@ TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentCom
     // A comment of 257: the record is saved, the comment refused and kept as it was.
     t->send(keys::Enter);  // the menu's current row is still the machine data
     ASSERT_TRUE(t->waitForText(text(root, "VXMACH_HOSTNAME_ID"))) << t->dump();
-    typeMachine(*t, "host-2", "L-2", std::string(257, 'd'), 50);
+    typeMachine(*t, "host-2", "L-2", std::string(257, 'd'), 50, true);
     t->send(keys::Enter);
     dismiss(*t, text(root, "COMMENT_ERROR_ID"));
     EXPECT_EQ(storedText(root, "SYSNMN"), "host-2");
+    EXPECT_EQ(storedText(root, "OSNMA"), "Other Linux");
     EXPECT_EQ(storedText(root, "Comment"), std::string(256, 'c'));
     // Ctrl-O leaves without writing anything more.
     t->send(keys::CtrlO);
