@@ -8,6 +8,7 @@
 #include "frame/libraries.h"
 #include "regpaths.h"
 #include "services_test_util.h"
+#include "srvinfo_api.h"
 
 namespace svctest {
 namespace {
@@ -159,6 +160,22 @@ TEST_F(VntOptionTest, ReadingAKeyFloppyStartsTheOptionsAnew) {
                      root().env());
     ASSERT_EQ(made.status, 0) << made.out << made.err;
     ASSERT_EQ(read(floppy.c_str()), 1) << Trace();
+    EXPECT_EQ(Held(), "0");
+    EXPECT_EQ(Stored("OPTCDNLIST"), "(missing)");
+}
+
+TEST_F(VntOptionTest, ClearingTheSetUpEndsTheOptionList) {
+    SetDword(kSetting, "OPTCDN", 0);
+    ASSERT_EQ(add(3), VNT_OPT_DONE);
+    ASSERT_EQ(Held(), "0,3");
+    HMODULE srvinfo = LoadLibrary(lib("SRVINFO.DLL").c_str());
+    ASSERT_NE(srvinfo, nullptr) << ZolLastLoadError();
+    auto* clear = reinterpret_cast<VX_Clear_EMP_info_Data_fn*>(
+        GetProcAddress(srvinfo, "VX_Clear_EMP_info_Data"));
+    ASSERT_NE(clear, nullptr);
+    EXPECT_NE(clear(), 0);
+    FreeLibrary(srvinfo);
+    // OPTCDN back to 0 alone: a list "0,..." left behind would still read as held.
     EXPECT_EQ(Held(), "0");
     EXPECT_EQ(Stored("OPTCDNLIST"), "(missing)");
 }

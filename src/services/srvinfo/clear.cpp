@@ -44,6 +44,13 @@ extern "C" ZOLWIN_API int VX_Clear_EMP_info_Data(void) {
             return 0;
         }
     }
+    // The options held go back to the single option OPTCDN of the table: the list of further
+    // options (rptset.dll) ends with the set-up.
+    if (const LONG rc = vntcore::DeleteValue(vntcore::kSettingKey, "OPTCDNLIST");
+        rc != ERROR_SUCCESS) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<delete of OPTCDNLIST failed (%d).return 0.", rc);
+        return 0;
+    }
     if (const LONG rc = transaction.commit(); rc != ERROR_SUCCESS) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<commit failed (%d).return 0.", rc);
         return 0;
