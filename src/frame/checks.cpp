@@ -229,6 +229,15 @@ int MyStringConvert(char* text) {
 
 namespace checks {
 
+bool IsTelephoneText(std::string_view text, bool blanksAllowed) {
+    for (const char c : text) {
+        const bool digit = c >= '0' && c <= '9';
+        if (!digit && c != '-' && c != '(' && c != ')' && !(blanksAllowed && c == ' '))
+            return false;
+    }
+    return true;
+}
+
 std::optional<std::uint32_t> ParseDecimal(std::string_view text) {
     std::uint32_t value = 0;
     const char* end = text.data() + text.size();

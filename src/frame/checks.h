@@ -51,6 +51,10 @@ namespace checks {
 // text, a sign, blanks, anything else, or too many digits).
 std::optional<std::uint32_t> ParseDecimal(std::string_view text);
 
+// True when every character of text is a digit, "-", "(" or ")", or with blanksAllowed also a
+// blank: the characters of a telephone number (an empty text passes).
+bool IsTelephoneText(std::string_view text, bool blanksAllowed);
+
 // The text without the blanks around it.
 std::string_view TrimBlanks(std::string_view text);
 

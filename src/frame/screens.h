@@ -15,6 +15,13 @@ void SyslogSetting(HMODULE rptsetLib, HMODULE dscopyLib);       // src/monitor
 void VantrelReportSetting(HMODULE rptsetLib);                   // src/remote
 
 // ---- Remote report service screens other families open (src/remote) ----
+// The data screens of the service's menu; each returns when its screen closes.
+void VantrelUserSetting(HMODULE rptsetLib);
+void VantrelUserSettingNext(HMODULE rptsetLib);
+void VantrelMachineSetting(HMODULE rptsetLib);
+void VantrelVendorSetting(HMODULE rptsetLib);
+void VantrelOptionSetting(HMODULE rptsetLib);
+
 // The suppression dialog. 0 when nothing failed (also after Cancel); the failing set call's
 // result when saving failed; -1, without showing anything, when a pointer is unbound or a
 // stored value is out of range.

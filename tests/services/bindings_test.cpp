@@ -31,7 +31,8 @@ const LibraryFunctions kBound[] = {
       "GetVntMachSetting",  "SetVntMachSetting",     "GetVntMachListData", "GetVntVendSetting",
       "SetVntVendSetting",  "GetVntOptSetting",      "SetVntOptSetting",   "GetVntOptKindList",
       "CheckKeyFDFlag",     "GetOpenMsgfromFD",      "checkVntFile",       "GetManagerPort",
-      "SetManagerAddress"}},
+      "SetManagerAddress",  "GetVntOptKindDesc",     "GetVntOptList",      "AddVntOption",
+      "DelVntOption"}},
     {"dscopy.dll", {"x", "b"}},
     {"logacc.dll", {"AMACETDeleteIDAndGIDAtAllLog", "AMACETWriteAlertLog"}},
     {"vnthttps.dll",
@@ -43,6 +44,7 @@ const LibraryFunctions kBound[] = {
       "VNTGetSelectedDllName"}},
     {"chkset.dll", {"CheckScheduleFile", "CheckLogFile"}},
     {"hrtbeat.dll", {"ReportByMain"}},
+    {"SRVINFO.DLL", {"VX_Clear_EMP_info_Data"}},
 };
 
 TEST_F(ServicesTest, EveryLibraryExportsEveryFunctionTheProgramBinds) {

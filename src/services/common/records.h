@@ -367,6 +367,11 @@ typedef struct VntOptData {
 ZOL_RECORD_ASSERT(offsetof(VntOptData, OptionName) == 4, "VntOptData layout");
 ZOL_RECORD_ASSERT(sizeof(VntOptData) == 132, "VntOptData layout");
 
+/* Results of AddVntOption and DelVntOption besides 0 (the store failed). */
+#define VNT_OPT_DONE 1
+#define VNT_OPT_HELD (-2)
+#define VNT_OPT_REFUSED (-3)
+
 /* The remote report service's internet-mail destination: where its reports are mailed. */
 typedef struct VxMLDestData {
     char MailTo[VNT_MAILTO_SIZE];  /* ETo: comma-separated addresses */

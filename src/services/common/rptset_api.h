@@ -155,6 +155,19 @@ typedef int GetVntOptSetting_fn(VntOptData* record);
 typedef int SetVntOptSetting_fn(VntOptData* record);
 /* names: VNT_OPTION_LIST_MAX buffers of VNT_TEXT_SIZE bytes. */
 typedef int GetVntOptKindList_fn(char** names, int* count);
+/* What each option kind is, numbered as GetVntOptKindList's names (a kind without one has none:
+ * the count may be lower). texts: VNT_OPTION_LIST_MAX buffers of VNT_TEXT_SIZE bytes. */
+typedef int GetVntOptKindDesc_fn(char** texts, int* count);
+
+/* The options held, as a list of option kind codes; one is always held (OPTCDN, what
+ * GetVntOptSetting reads, is the first). GetVntOptList fills codes (VNT_OPTION_LIST_MAX slots)
+ * and *count: 1, or 0 when the store cannot be read. A store that holds OPTCDN alone reads as
+ * that one option. Add and Del change the list in one transaction: VNT_OPT_DONE, VNT_OPT_HELD
+ * (add: already held; del: not held), VNT_OPT_REFUSED (add: no such kind or the list is full;
+ * del: the only option held), 0 when the store failed (nothing written). */
+typedef int GetVntOptList_fn(uint32_t* codes, int* count);
+typedef int AddVntOption_fn(uint32_t code);
+typedef int DelVntOption_fn(uint32_t code);
 
 /* Key floppy. CheckKeyFDFlag: nonzero when one has been read in. GetOpenMsgfromFD: reads the
  * key-floppy file under path into the store; KEYFD_* on failure, 1 on success. checkVntFile:

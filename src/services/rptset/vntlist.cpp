@@ -49,3 +49,9 @@ extern "C" ZOLWIN_API int GetVntOptKindList(char** names, int* count) {
     return GetList(rptset::vnt::kOptionListKey, VNT_OPTION_LIST_MAX, names, count);
 }
 static_assert(std::is_same_v<decltype(GetVntOptKindList), GetVntOptKindList_fn>);
+
+extern "C" ZOLWIN_API int GetVntOptKindDesc(char** texts, int* count) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
+    return GetList(rptset::vnt::kOptionDescKey, VNT_OPTION_LIST_MAX, texts, count);
+}
+static_assert(std::is_same_v<decltype(GetVntOptKindDesc), GetVntOptKindDesc_fn>);

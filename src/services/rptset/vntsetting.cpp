@@ -74,6 +74,7 @@ constexpr TextValue<VntVendData> kVendTexts[] = {
 };
 
 constexpr const char* kOptionValue = "OPTCDN";
+constexpr const char* kOptionListValue = "OPTCDNLIST";
 
 // The set-up record's fields differ in size, so they are described by offset.
 struct SetupText {
@@ -437,7 +438,12 @@ extern "C" ZOLWIN_API int SetVntOptSetting(VntOptData* record) {
             known = false;
             return ERROR_INVALID_PARAMETER;
         }
-        return rptset::WriteDword(key.get(), kOptionValue, record->OptionCode);
+        const LONG rc = rptset::WriteDword(key.get(), kOptionValue, record->OptionCode);
+        if (rc != ERROR_SUCCESS)
+            return rc;
+        // The record is the single option held: a list of several (vntoption.cpp) ends here.
+        const LONG removed = RegDeleteValue(key.get(), kOptionListValue);
+        return removed == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : removed;
     });
     if (!known) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[IN]OptionCode %u is not in the option kind list.return 0.",

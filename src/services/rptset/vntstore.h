@@ -20,6 +20,7 @@ inline constexpr const char* kSettingKey = ZOL_KEY_VNT_SETTING;
 inline constexpr const char* kOSListKey = ZOL_KEY_VNT_LIST_OS;
 inline constexpr const char* kVendorListKey = ZOL_KEY_VNT_LIST_VENDOR;
 inline constexpr const char* kOptionListKey = ZOL_KEY_VNT_LIST_OPTION;
+inline constexpr const char* kOptionDescKey = ZOL_KEY_VNT_LIST_OPTION_DESC;
 
 // Length of the longest start of text that has at most limit bytes and does not end inside an
 // EUC-JP character, so that a cut never leaves half a kanji behind.

@@ -24,6 +24,7 @@ constexpr std::size_t kShortText = 127;  // the service's record fields (VNT_TEX
 constexpr const char* kInstalledFlag = "InstVantrelKeyFD";
 constexpr const char* kTypeName = "KEYFDTYPE";
 constexpr const char* kUserCodeName = "USERCODE";
+constexpr const char* kOptionListName = "OPTCDNLIST";
 
 constexpr KeyItem Text(const char* name, const char* key, std::size_t maxLen = kShortText,
                        KeyCheck check = KeyCheck::Text) {
@@ -375,6 +376,11 @@ KeyResult ReadKeyFloppyIntoStore(const char* path) {
             return Fail(KeyFault::StoreFailed, std::string("write of ") + v.item->name +
                                                    " failed (" + std::to_string(rc) + ")");
     }
+    // The floppy starts the option data anew: the single option OPTCDN (reset to its initial
+    // value before a new floppy is read), without the list of further options.
+    if ((rc = DeleteValue(kSettingKey, kOptionListName)) != ERROR_SUCCESS)
+        return Fail(KeyFault::StoreFailed, std::string("delete of ") + kOptionListName +
+                                               " failed (" + std::to_string(rc) + ")");
     if ((rc = WriteDword(kServiceKey, kInstalledFlag, 1)) != ERROR_SUCCESS)
         return Fail(KeyFault::StoreFailed, std::string("write of ") + kInstalledFlag + " failed (" +
                                                std::to_string(rc) + ")");

@@ -18,6 +18,7 @@ class OpenKey {
     }
     LONG Create(const char* path) { return RegCreateKey(HKEY_LOCAL_MACHINE, path, &key_); }
     HKEY get() const { return key_; }
+    HKEY& key() { return key_; }
 
   private:
     HKEY key_ = nullptr;
@@ -115,6 +116,14 @@ LONG WriteText(const char* key, const char* name, std::string_view text) {
     const std::string stored(text);
     return RegSetValueEx(k.get(), name, 0, REG_SZ, reinterpret_cast<const BYTE*>(stored.c_str()),
                          static_cast<DWORD>(stored.size() + 1));
+}
+
+LONG DeleteValue(const char* key, const char* name) {
+    OpenKey k;
+    LONG rc = RegOpenKeyEx(HKEY_LOCAL_MACHINE, key, 0, KEY_ALL_ACCESS, &k.key());
+    if (rc == ERROR_SUCCESS)
+        rc = RegDeleteValue(k.get(), name);
+    return rc == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : rc;
 }
 
 bool IsStorableText(std::string_view text, std::size_t max) {

@@ -40,6 +40,8 @@ std::optional<DWORD> ReadDwordOr(const char* key, const char* name, DWORD fallba
 // Write one value, creating the key when it is missing. ERROR_SUCCESS or the store's error.
 LONG WriteDword(const char* key, const char* name, DWORD value);
 LONG WriteText(const char* key, const char* name, std::string_view text);
+// Deletes one value: ERROR_SUCCESS also when the key or the value is missing.
+LONG DeleteValue(const char* key, const char* name);
 
 // True when text fits in max bytes and holds no control character (a stored text is one line).
 bool IsStorableText(std::string_view text, std::size_t max);

@@ -1,0 +1,129 @@
+// How long the remote report service's machine, option and vendor data screens take to open on
+// the seeded store, from the Enter on the service menu's row to the drawn screen, in a
+// pseudo-terminal (the set-up marked read, a machine and a vendor stored). Each round opens the
+// screen and closes it with Ctrl-O.
+// Usage: vantrel_data_bench [rounds] (default 30); it makes and removes its own product root.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "frame/msgfile.h"
+#include "product_root.h"
+#include "regpaths.h"
+#include "store_reader.h"
+#include "terminal.h"
+#include "zolwin.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+std::string messageText(const zoltest::ProductRoot& root, const char* id) {
+    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
+    text.append(kRcFileSpare, '\0');
+    CPFindDestStr(text.c_str(), id);
+    return deststr;
+}
+
+std::string title(const zoltest::ProductRoot& root, const char* id) {
+    return "┤ " + messageText(root, id) + " ├";
+}
+
+// Sends keys, then waits until every text is on the screen: milliseconds, or -1.
+double timeUntil(zoltest::Terminal& t, std::string_view keys, const std::vector<std::string>& all) {
+    const auto started = Clock::now();
+    t.send(keys);
+    const bool drawn = t.waitFor(
+        [&](const zoltest::Terminal& s) {
+            return std::all_of(all.begin(), all.end(),
+                               [&](const std::string& text) { return s.contains(text); });
+        },
+        10s);
+    if (!drawn) {
+        std::fprintf(stderr, "not drawn:\n%s\n", t.dump().c_str());
+        return -1;
+    }
+    return std::chrono::duration<double, std::milli>(Clock::now() - started).count();
+}
+
+void report(const char* what, std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    const std::size_t n = v.size();
+    const double median = n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+    std::printf("%s: median %.1f ms (min %.1f, max %.1f, %zu rounds; target 30 ms)\n", what, median,
+                v.front(), v.back(), n);
+}
+
+// Opens a screen `rounds` times with Enter and closes it with Ctrl-O, waiting for `gone` to leave
+// the screen. False when a screen was not drawn.
+bool measure(zoltest::Terminal& t, int rounds, const std::vector<std::string>& drawn,
+             const std::string& gone, std::vector<double>* times) {
+    for (int i = 0; i < rounds; ++i) {
+        const double ms = timeUntil(t, "\r", drawn);
+        if (ms < 0)
+            return false;
+        times->push_back(ms);
+        t.send("\x0f");
+        if (!t.waitForNoText(gone))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
+    zoltest::ProductRoot root;
+    const zoltest::StoreReader store(root);
+    store.setDword(ZOL_KEY_VNTSERVICE, "InstVantrelKeyFD", 1);
+    store.setText(ZOL_KEY_VNT_SETTING, "SYSNMN", "db-server-01");
+    store.setText(ZOL_KEY_VNT_SETTING, "OSNMA", "Debian GNU/Linux");
+    store.setText(ZOL_KEY_VNT_SETTING, "Comment", "Rack 4, room B");
+    store.setText(ZOL_KEY_VNT_SETTING, "SYSSHOPNMN", "Kestrel Data Works");
+    zoltest::TerminalOptions opts;
+    for (const auto& [name, value] : root.env())
+        opts.env[name] = value;
+    opts.env["LANG"] = "C.UTF-8";
+    opts.env["LC_ALL"] = std::nullopt;
+    zoltest::Terminal t({root.bin("ZOLamsadm").string()}, opts);
+    if (!t.waitForText(messageText(root, "MAIN_BASESET_ID"), 20s)) {
+        std::fprintf(stderr, "no main menu:\n%s\n", t.dump().c_str());
+        return 1;
+    }
+    for (int i = 0; i < 4; ++i)
+        t.send("\x1b[B");  // the service's row
+    const std::string menuTitle = title(root, "VANTREL_MAIN_ID");
+    if (timeUntil(t, "\r", {menuTitle, messageText(root, "BUTTON_CLOSE_ID")}) < 0)
+        return 1;
+
+    // The menu's rows 2 (machine), 3 (option) and 4 (vendor); the menu stays open between rounds.
+    std::vector<double> machine, option, vendor;
+    t.send("\x1b[B");
+    t.send("\x1b[B");
+    const std::string machineTitle = title(root, "VANTREL_MACHINE_ID");
+    if (!measure(t, rounds, {machineTitle, "db-server-01", "Rack 4, room B"}, machineTitle,
+                 &machine))
+        return 1;
+    t.send("\x1b[B");
+    const std::string optionTitle = title(root, "VANTREL_OPTION_ID");
+    if (!measure(t, rounds, {optionTitle, "Standard", messageText(root, "BUTTON_CLOSE_ID")},
+                 optionTitle, &option))
+        return 1;
+    t.send("\x1b[B");
+    const std::string vendorTitle = title(root, "VANTREL_SELLER_ID");
+    if (!measure(t, rounds, {vendorTitle, "Kestrel Data Works", messageText(root, "VXVEND_SE_ID")},
+                 vendorTitle, &vendor))
+        return 1;
+    t.send("\x0f");
+    t.send("\x0f");
+    t.waitForExit(10s);
+    report("machine data from Enter to drawn", machine);
+    report("option data from Enter to drawn", option);
+    report("vendor data from Enter to drawn", vendor);
+    return 0;
+}

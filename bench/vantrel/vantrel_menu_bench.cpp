@@ -1,0 +1,137 @@
+// How long the remote report service's screens take to open on the seeded store, from the Enter
+// that opens them to the drawn screen, in a pseudo-terminal: the key-floppy question of a service
+// never set up, then (with the set-up marked read) the service menu and the two customer pages.
+// Each round opens the screen and closes it with Ctrl-O.
+// Usage: vantrel_menu_bench [rounds] (default 30); it makes and removes its own product root.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "frame/msgfile.h"
+#include "product_root.h"
+#include "regpaths.h"
+#include "store_reader.h"
+#include "terminal.h"
+#include "zolwin.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+std::string messageText(const zoltest::ProductRoot& root, const char* id) {
+    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
+    text.append(kRcFileSpare, '\0');
+    CPFindDestStr(text.c_str(), id);
+    return deststr;
+}
+
+std::string title(const zoltest::ProductRoot& root, const char* id) {
+    return "┤ " + messageText(root, id) + " ├";
+}
+
+// Sends keys, then waits until every text is on the screen: milliseconds, or -1.
+double timeUntil(zoltest::Terminal& t, std::string_view keys, const std::vector<std::string>& all) {
+    const auto started = Clock::now();
+    t.send(keys);
+    const bool drawn = t.waitFor(
+        [&](const zoltest::Terminal& s) {
+            return std::all_of(all.begin(), all.end(),
+                               [&](const std::string& text) { return s.contains(text); });
+        },
+        10s);
+    if (!drawn) {
+        std::fprintf(stderr, "not drawn:\n%s\n", t.dump().c_str());
+        return -1;
+    }
+    return std::chrono::duration<double, std::milli>(Clock::now() - started).count();
+}
+
+void report(const char* what, std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    const std::size_t n = v.size();
+    const double median = n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+    std::printf("%s: median %.1f ms (min %.1f, max %.1f, %zu rounds; target 30 ms)\n", what, median,
+                v.front(), v.back(), n);
+}
+
+// Opens a screen `rounds` times with Enter and closes it with Ctrl-O, waiting for `gone` to leave
+// the screen. False when a screen was not drawn.
+bool measure(zoltest::Terminal& t, int rounds, const std::vector<std::string>& drawn,
+             const std::string& gone, std::vector<double>* times) {
+    for (int i = 0; i < rounds; ++i) {
+        const double ms = timeUntil(t, "\r", drawn);
+        if (ms < 0)
+            return false;
+        times->push_back(ms);
+        t.send("\x0f");
+        if (!t.waitForNoText(gone))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
+    zoltest::ProductRoot root;
+    zoltest::TerminalOptions opts;
+    for (const auto& [name, value] : root.env())
+        opts.env[name] = value;
+    opts.env["LANG"] = "C.UTF-8";
+    opts.env["LC_ALL"] = std::nullopt;
+    zoltest::Terminal t({root.bin("ZOLamsadm").string()}, opts);
+    if (!t.waitForText(messageText(root, "MAIN_BASESET_ID"), 20s)) {
+        std::fprintf(stderr, "no main menu:\n%s\n", t.dump().c_str());
+        return 1;
+    }
+    for (int i = 0; i < 4; ++i)
+        t.send("\x1b[B");  // the service's row
+
+    std::vector<double> question, menu, page1, page2;
+    const std::string questionTitle = title(root, "INPUT_OPENINGFILE_PATH_TITLE_ID");
+    if (!measure(t, rounds, {questionTitle, "/tmp/vntfd", messageText(root, "BUTTON_CANCEL_ID")},
+                 questionTitle, &question))
+        return 1;
+
+    // From here the key floppy counts as read, with a customer to show.
+    const zoltest::StoreReader store(root);
+    store.setDword(ZOL_KEY_VNTSERVICE, "InstVantrelKeyFD", 1);
+    store.setText(ZOL_KEY_VNT_SETTING, "USERCODE", "C0012345");
+    store.setText(ZOL_KEY_VNT_SETTING, "TOKUINMA", "Example Co");
+    store.setText(ZOL_KEY_VNT_SETTING, "ZIPNO", "1234567");
+    store.setText(ZOL_KEY_VNT_SETTING, "ADRSNMA", "1 Main Street");
+    store.setText(ZOL_KEY_VNT_SETTING, "BUTEL", "03-1234-5678");
+    store.setText(ZOL_KEY_VNT_SETTING, "MAIL", "info@example.com");
+    const std::string menuTitle = title(root, "VANTREL_MAIN_ID");
+    if (!measure(t, rounds,
+                 {menuTitle, messageText(root, "VANTREL_REOPEN_ID"),
+                  messageText(root, "BUTTON_CLOSE_ID")},
+                 menuTitle, &menu))
+        return 1;
+
+    // The pages, from the menu's first and second rows; the menu stays open between rounds.
+    if (timeUntil(t, "\r", {menuTitle, messageText(root, "BUTTON_CLOSE_ID")}) < 0)
+        return 1;
+    const std::string page1Title = title(root, "VANTREL_USERINFO_ID1");
+    if (!measure(t, rounds, {page1Title, "C0012345", messageText(root, "BUTTON_CANCEL_ID")},
+                 page1Title, &page1))
+        return 1;
+    t.send("\x1b[B");
+    const std::string page2Title = title(root, "VANTREL_USERINFO_ID2");
+    if (!measure(t, rounds, {page2Title, "1234567", messageText(root, "BUTTON_CANCEL_ID")},
+                 page2Title, &page2))
+        return 1;
+    t.send("\x0f");
+    t.send("\x0f");
+    t.waitForExit(10s);
+    report("key-floppy question (no floppy read) from Enter to drawn", question);
+    report("service menu from Enter to drawn", menu);
+    report("customer page 1 from Enter to drawn", page1);
+    report("customer page 2 from Enter to drawn", page2);
+    return 0;
+}
