@@ -128,9 +128,13 @@ zolui::Next SaveServiceSwitch(HMODULE lib, const VantrelBaseState& state) {
          [lib](int method) { return kMethods[static_cast<std::size_t>(method)].settings(lib); },
          [lib](int method, bool on) { return SetVntReport(lib, method, on) == 0; }});
     switch (result.outcome) {
-        case SwitchOutcome::Refused:
-            WarningBox(result.messageId);
+        case SwitchOutcome::Refused: {
+            // Wrapped: the key floppy's message is longer than a line.
+            const std::string title = MessageText("TITTLE_WARNING_ID");
+            const std::string text = MessageText(result.messageId);
+            msgWindowEx(title.c_str(), " ok ", text.c_str());
             return zolui::Next::Stay;
+        }
         case SwitchOutcome::NotSaved:
             ZOL_TRACE(TRACE_LEVEL_INFO, "method %d not set up: nothing stored.", state.chosen);
             return zolui::Next::Stay;

@@ -71,15 +71,17 @@ zolui::Grid BuildDialFields(zolui::Dialog& dialog, const VntDialData& stored, Di
 }
 
 zolui::Grid BuildDialScreen(zolui::Dialog& dialog, const VntDialData& stored, DialFields& f) {
+    // Built in focus order: the comment, the fields, the tests, OK and Cancel.
+    newtComponent comment = dialog.add(zolui::label(-1, -1, Text("DIAL_UP_REPORT_COMMENT")));
+    zolui::Grid fields = BuildDialFields(dialog, stored, f);
     zolui::Grid tests(2, 1);
     tests.set(0, 0, dialog.add(zolui::compactButton(-1, -1, Text("DIAL_TEST_1")), kTestPrimaryId),
               {.right = 2});
     tests.set(1, 0,
               dialog.add(zolui::compactButton(-1, -1, Text("DIAL_TEST_2")), kTestSecondaryId));
     zolui::Grid grid(1, 4);
-    grid.set(0, 0, dialog.add(zolui::label(-1, -1, Text("DIAL_UP_REPORT_COMMENT"))), {},
-             NEWT_ANCHOR_LEFT);
-    grid.set(0, 1, BuildDialFields(dialog, stored, f), {.top = 1}, NEWT_ANCHOR_LEFT);
+    grid.set(0, 0, comment, {}, NEWT_ANCHOR_LEFT);
+    grid.set(0, 1, std::move(fields), {.top = 1}, NEWT_ANCHOR_LEFT);
     grid.set(0, 2, std::move(tests), {.top = 1}, NEWT_ANCHOR_LEFT);
     grid.set(0, 3,
              dialog.buttonRow({{Text("BUTTON_OK_ID"), zolui::kOkId},
