@@ -329,3 +329,57 @@ TEST(MethodScreens, CtrlOClosesEachFormWithoutWriting) {
     closeAll(*t);
     EXPECT_EQ(storeExport(root), before);
 }
+
+// In Japanese mode each method screen and the proxy dialog show their labels whole inside the
+// 80-column terminal, and Ctrl-O leaves them without writing.
+TEST(MethodScreens, JapaneseModeShowsEveryLabel) {
+    ProductRoot root;
+    markKeyFloppyRead(root);
+    auto japanese = [&](const char* id) { return frametest::messageText(root, "J_report.rc", id); };
+    auto t = frametest::start(root, {}, true);
+    ASSERT_TRUE(t->waitForText(japanese("MAIN_BASESET_ID"))) << t->dump();
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(japanese("BASE_REPORT_SNMP_ID"))) << t->dump();
+    for (int i = 0; i < 3; ++i)
+        t->send(keys::Down);
+    t->send(keys::Enter);
+    ASSERT_TRUE(cursorOnRow(*t, japanese("VNT_SUB_ENABLE_ID"))) << t->dump();
+    auto seesAll = [&](std::initializer_list<const char*> ids) {
+        return t->waitFor([&](const Terminal& s) {
+            for (const char* id : ids) {
+                if (!s.contains(japanese(id)))
+                    return false;
+            }
+            return true;
+        });
+    };
+
+    t->send(keys::Space);
+    tabs(*t, 2);
+    t->send(keys::Space);
+    tabs(*t, 4);
+    t->send(keys::Enter);
+    ASSERT_TRUE(seesAll({"DIAL_DEST_SET_TITLE", "DIAL_FIRST_ID", "DIAL_SECOND_ID",
+                         "DIAL_UP_USER_ID", "DIAL_UP_PORT_ID", "DIAL_UP_MODE_T", "DIAL_UP_MODE_P",
+                         "DIAL_UP_INTVAL", "DIAL_TEST_1", "DIAL_TEST_2", "BUTTON_CANCEL_ID"}))
+        << t->dump();
+    t->send(keys::CtrlO);
+    ASSERT_TRUE(t->waitForNoText(japanese("DIAL_FIRST_ID"))) << t->dump();
+
+    tabs(*t, 6);
+    t->send(keys::Space);
+    tabs(*t, 2);
+    t->send(keys::Enter);
+    ASSERT_TRUE(seesAll({"TITLE_HTTPS_BASE_SETTING_ID", "LABEL_HTTPS_FIRST_ID",
+                         "LABEL_HTTPS_SECOND_ID", "LABEL_HTTPS_CONTINUE_REPORT_ID",
+                         "BUTTON_FIRST_REPORT_TEST_ID", "BUTTON_SECONDARY_REPORT_TEST_ID"}))
+        << t->dump();
+    tabs(*t, 3);
+    t->send(keys::Enter);
+    ASSERT_TRUE(seesAll({"TITLE_PROXY_SETTING_ID", "SPECIFY_PROXY_ID", "LABEL_PROXY_HOST_ID",
+                         "LABEL_HTTPS_PORT_ID"}))
+        << t->dump();
+    closeAll(*t);
+    EXPECT_EQ(stored(root, kDialKey, "PhoneNo1"), "?");
+    expectServiceOff(root);
+}
