@@ -152,8 +152,10 @@ int main(int argc, char* argv[]) {
             return 1;
     }
     for (int i = 0; i < 5 && t.running(); ++i) {
+        const std::string before = t.screenText();
         t.send("\x0f");
-        t.waitFor([](const zoltest::Terminal&) { return false; }, 200ms);
+        t.waitFor(
+            [&](const zoltest::Terminal& s) { return !s.running() || s.screenText() != before; });
     }
     t.waitForExit(10s);
     report("dial-up screen from OK of the base screen to drawn", dial, kButtonAnimationMs);
