@@ -25,6 +25,20 @@ const char* CheckVantrelBase(const VantrelBaseState& state) {
     return state.enabled && state.chosen < 0 ? "WARN_INVALID_ID" : nullptr;
 }
 
+SwitchResult ApplyServiceSwitch(const VantrelBaseState& state, const ServiceSwitchSteps& steps) {
+    if (const char* refusal = CheckVantrelBase(state))
+        return {SwitchOutcome::Refused, refusal};
+    if (state.enabled) {
+        if (!steps.keyFloppyRead())
+            return {SwitchOutcome::Refused, "IMAIL_INSERT_FD_ID"};
+        if (steps.openMethod(state.chosen) != 1)
+            return {SwitchOutcome::NotSaved};
+    }
+    // No method chosen (allowed only while switching off) keeps the stored one.
+    return {steps.store(state.chosen, state.enabled) ? SwitchOutcome::Stored
+                                                     : SwitchOutcome::StoreFailed};
+}
+
 std::optional<mailinput::Refusal> ApplyMailBase(const MailBaseState& state,
                                                 const mailinput::ServerCheck& checkServer,
                                                 AMBIBaseData& record) {
@@ -46,14 +60,14 @@ namespace {
 struct DeliveryMethod {
     int value;                 // VANTREL_*, also its place in the table
     const char* labelId;       // its radio button
-    int (*settings)(HMODULE);  // its settings screen; null while this version has none
+    int (*settings)(HMODULE);  // its settings screen: 1 saved, 0 left, -1 failed
 };
 
 constexpr std::array<DeliveryMethod, 4> kMethods = {{
     {VANTREL_INTERNETMAIL, "VNT_BASE_IMAIL_ID", IMailBaseSetting},
-    {VANTREL_DIALUP, "VNT_BASE_DIALUP_ID", nullptr},
+    {VANTREL_DIALUP, "VNT_BASE_DIALUP_ID", VantrelDialUpSetting},
     {VANTREL_TRANSTOMANAGER, "VNT_BASE_MANAG_ID", ViaFWManagerSet},
-    {VANTREL_HTTPS, "VNT_BASE_HTTPS_ID", nullptr},
+    {VANTREL_HTTPS, "VNT_BASE_HTTPS_ID", VantrelHTTPSSetting},
 }};
 static_assert(std::size(kVantrelRecordNames) == kMethods.size());
 
@@ -82,17 +96,6 @@ void WarningBox(const char* textId) {
     msgWindow(title.c_str(), " ok ", CPGetText(textId, ReadString, ZOL_RcFileBuf));
 }
 
-// Opens the chosen method's own settings screen, or says that this version has none yet.
-void OpenMethodSettings(HMODULE lib, int chosen) {
-    const DeliveryMethod& method = kMethods[static_cast<std::size_t>(chosen)];
-    if (method.settings != nullptr) {
-        method.settings(lib);
-        return;
-    }
-    const std::string title = MessageText(method.labelId);
-    msgWindow(title.c_str(), " ok ", CPGetText("SCREEN_NOT_BUILT_ID", ReadString, ZOL_RcFileBuf));
-}
-
 // The stored method and switch. A method the library cannot read (a stored number outside the
 // methods) is said in the error box and shown as none chosen, so that one can be chosen; false
 // when the method's record cannot be read at all.
@@ -116,22 +119,33 @@ bool ReadServiceSwitch(HMODULE lib, int& storedMethod, bool& enabled) {
 
 enum BaseControlId : int { kSuppressId = 1 };
 
-// OK of the service's base screen: the method and the switch stored in one library call and,
-// while the service is on, the chosen method's own settings screen.
+// OK of the service's base screen: switching off stores at once; switching on opens the chosen
+// method's screen and stores the method and the switch once that screen has stored its settings.
 zolui::Next SaveServiceSwitch(HMODULE lib, const VantrelBaseState& state) {
-    if (const char* refusal = CheckVantrelBase(state)) {
-        WarningBox(refusal);
-        return zolui::Next::Stay;
-    }
-    // No method chosen (allowed only while switching off) keeps the stored one.
-    if (SetVntReport(lib, state.chosen, state.enabled) != 0) {
-        ShowFuncCallErr("SetVntReport");
-        return zolui::Next::Stay;
+    const SwitchResult result = ApplyServiceSwitch(
+        state,
+        {[lib] { return CheckInstVantrelFD(lib) != FALSE; },
+         [lib](int method) { return kMethods[static_cast<std::size_t>(method)].settings(lib); },
+         [lib](int method, bool on) { return SetVntReport(lib, method, on) == 0; }});
+    switch (result.outcome) {
+        case SwitchOutcome::Refused: {
+            // Wrapped: the key floppy's message is longer than a line.
+            const std::string title = MessageText("TITTLE_WARNING_ID");
+            const std::string text = MessageText(result.messageId);
+            msgWindowEx(title.c_str(), " ok ", text.c_str());
+            return zolui::Next::Stay;
+        }
+        case SwitchOutcome::NotSaved:
+            ZOL_TRACE(TRACE_LEVEL_INFO, "method %d not set up: nothing stored.", state.chosen);
+            return zolui::Next::Stay;
+        case SwitchOutcome::StoreFailed:
+            ShowFuncCallErr("SetVntReport");
+            return zolui::Next::Stay;
+        case SwitchOutcome::Stored:
+            break;
     }
     ZOL_TRACE(TRACE_LEVEL_INFO, "method %d, service %s.", state.chosen,
               state.enabled ? "on" : "off");
-    if (state.enabled)
-        OpenMethodSettings(lib, state.chosen);
     return zolui::Next::Close;
 }
 
@@ -294,8 +308,8 @@ zolui::Next SaveMailBase(HMODULE lib, const MailBaseState& state) {
 }  // namespace
 
 // The check box switches the service on, the radio buttons choose its delivery method (only while
-// it is on), and the Suppression button opens the suppression dialog. OK stores the method and
-// the switch together and, while the service is on, opens the chosen method's settings screen.
+// it is on), and the Suppression button opens the suppression dialog. OK switching the service on
+// opens the chosen method's settings screen first (see ApplyServiceSwitch).
 int VantrelBaseSetting(HMODULE lib) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
     int storedMethod = -1;
@@ -362,7 +376,7 @@ int IMailBaseSetting(HMODULE lib) {
     dialog.open(grid, MessageText("VNT_BASE_IMAIL_ID"));
 
     // Handlers and save.
-    dialog.run({
+    const int closedBy = dialog.run({
         {kLoginId,
          [&] {
              OpenLoginDialog(lib, f);
@@ -370,6 +384,7 @@ int IMailBaseSetting(HMODULE lib) {
          }},
         {zolui::kOkId, [&] { return SaveMailBase(lib, ReadMailFields(f)); }},
     });
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
-    return 0;
+    const int saved = closedBy == zolui::kOkId ? 1 : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", saved);
+    return saved;
 }

@@ -5,6 +5,7 @@
 
 #include <zolwin.h>
 
+#include <functional>
 #include <optional>
 
 #include "baseset/mailserver_input.h"
@@ -28,9 +29,33 @@ struct VantrelBaseState {
 // stores the chosen method with the switch, or keeps the stored method while none is chosen.
 const char* CheckVantrelBase(const VantrelBaseState& state);
 
+// The steps of OK that reach beyond the screen, given as functions so that their order can be
+// driven without a terminal.
+struct ServiceSwitchSteps {
+    std::function<bool()> keyFloppyRead;        // CheckInstVantrelFD
+    std::function<int(int method)> openMethod;  // the method's screen: 1 saved, 0 left, -1 failed
+    std::function<bool(int method, bool on)> store;  // SetVntReport
+};
+enum class SwitchOutcome {
+    Refused,      // messageId says why; nothing stored
+    NotSaved,     // the method's screen was left without storing: nothing stored
+    StoreFailed,  // the switch could not be stored
+    Stored,
+};
+struct SwitchResult {
+    SwitchOutcome outcome;
+    const char* messageId = nullptr;
+};
+// OK of the service's base screen. Switching off stores at once. Switching on is refused until
+// the key floppy has been read ("IMAIL_INSERT_FD_ID"), then opens the chosen method's screen and
+// stores the method and the switch only once that screen has stored the method's settings, so
+// that the service is never on by a method that is not set up.
+SwitchResult ApplyServiceSwitch(const VantrelBaseState& state, const ServiceSwitchSteps& steps);
+
 // The internet-mail delivery's base screen: SMTP server and port, sender address, date format,
-// and the POP before SMTP / SMTP authentication switches with their login dialog. 0, or -1 when
-// the screen could not start (after an error box).
+// and the POP before SMTP / SMTP authentication switches with their login dialog. 1 when OK
+// stored the record, 0 when left without storing, -1 when the screen could not start (after an
+// error box).
 int IMailBaseSetting(HMODULE lib);
 
 // What the internet-mail base screen holds when OK is pressed.

@@ -30,9 +30,15 @@ int vntSuppressSet();
 // The remote report service's internet-mail destination, edited together with its destination
 // record (the ID editor's record): 0, or -1 when its settings cannot be read (after the box).
 int InternetMailSetting(DestData* record, HMODULE rptsetLib);
-// The manager of the service's via-manager method, its address and port: 0, or -1 when they
-// cannot be read (after the box).
+// The settings screens of the service's delivery methods, which its base screen opens before it
+// switches the service on by that method. Each answers 1 when OK stored its settings, 0 when it
+// was left without storing, -1 when its settings cannot be read (after the box).
+// The manager of the via-manager method, its address and port.
 int ViaFWManagerSet(HMODULE rptsetLib);
+// The dial-up method: the service centre's numbers, user ID, serial line, dial mode, redial.
+int VantrelDialUpSetting(HMODULE rptsetLib);
+// The HTTPS method: the two URLs, the continuation switch and the proxy ("vnthttps.dll").
+int VantrelHTTPSSetting(HMODULE rptsetLib);
 
 // ---- The destination table (src/destination), read by the destination and event screens ----
 

@@ -126,7 +126,8 @@ int ViaFWManagerSet(HMODULE rptsetLib) {
         }
         return zolui::Next::Close;
     };
-    dialog.run({{kDefaultId, useDefault}, {zolui::kOkId, ok}});
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return 0.");
-    return 0;
+    const int closedBy = dialog.run({{kDefaultId, useDefault}, {zolui::kOkId, ok}});
+    const int saved = closedBy == zolui::kOkId ? 1 : 0;
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %d.", saved);
+    return saved;
 }

@@ -20,8 +20,15 @@ namespace {
 // Upper-case literals of the program that are not message IDs (named objects, registry key
 // names, markers inside records).
 const std::set<std::string> kNotMessageIds = {
-    "EVENTLOG_SEMA",      "Eventlog_Mod_Event",   "ID_LIST",       "NO_US_DEALMETHOD",
-    "HKEY_LOCAL_MACHINE", "VANTREL_INTERNETMAIL", "VANTREL_HTTPS",
+    "EVENTLOG_SEMA",
+    "Eventlog_Mod_Event",
+    "ID_LIST",
+    "NO_US_DEALMETHOD",
+    "HKEY_LOCAL_MACHINE",
+    "VANTREL_INTERNETMAIL",
+    "VANTREL_HTTPS",
+    // The dial-up delivery library's report entry.
+    "AM_Dll_ALV_Vnt",
 };
 
 // Texts the program formats, with the conversions each caller passes; every other text holds

@@ -10,104 +10,11 @@
 #include <utility>
 
 #include "frame/textformat.h"
-#include "frame_test_util.h"
-#include "regpaths.h"
-#include "store_reader.h"
+#include "vantrel_screen_util.h"
 
 namespace {
 
-namespace keys = zoltest::keys;
-using frametest::english;
-using zoltest::ProductRoot;
-using zoltest::Terminal;
-
-const std::string kLoginKey = ZOL_KEY_MAIL_SETTING;
-const std::string kMethodKey = ZOL_KEY_METHOD "\\";
-const std::string kServiceKey = ZOL_KEY_VNTSERVICE;
-const std::string kSettingKey = ZOL_KEY_VNT_SETTING;
-
-// ---- The store, read as the libraries read it ----
-
-// A value's bytes as stored (texts with their terminator); "?" when it cannot be read.
-std::string stored(const ProductRoot& root, const std::string& key, const char* name) {
-    const auto value = zoltest::StoreReader(root).value(key, name);
-    return value ? value->bytes : "?";
-}
-
-DWORD storedDword(const ProductRoot& root, const std::string& key, const char* name) {
-    // 0xFFFFFFFF: no value of these screens
-    return zoltest::StoreReader(root).dword(key, name).value_or(0xFFFFFFFF);
-}
-
-std::string storedText(const ProductRoot& root, const std::string& key, const char* name) {
-    const std::string value = stored(root, key, name);
-    return value.empty() || value.back() != '\0' ? "?" : value.substr(0, value.size() - 1);
-}
-
-DWORD methodEnabled(const ProductRoot& root, const std::string& method) {
-    return storedDword(root, kMethodKey + method, "Enable");
-}
-
-// ---- Keys ----
-
-void tabs(Terminal& t, int count) {
-    for (int i = 0; i < count; ++i)
-        t.send(keys::Tab);
-}
-
-// Empties the focused entry that holds at most `length` characters.
-void clearEntry(Terminal& t, int length) {
-    t.send(keys::End);
-    for (int i = 0; i < length; ++i)
-        t.send(keys::Backspace);
-}
-
-// Waits for a message box showing `text`, drawn to its focused button, and closes it.
-void dismiss(Terminal& t, const std::string& text) {
-    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
-        return s.contains(text) && s.reverseText() == "ok";
-    })) << t.dump();
-    t.send(keys::Enter);
-    // The screen below runs again with the focus on the button that led to the box.
-    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
-        return !s.contains(text) && !s.reverseText().empty() && s.reverseText() != "ok";
-    })) << t.dump();
-}
-
-bool focusedButton(Terminal& t, const std::string& label) {
-    return t.waitFor([&](const Terminal& s) { return s.reverseText() == label; });
-}
-
-// Waits until the cursor stands on the row that shows `label`: the screen holding it is drawn.
-bool cursorOnRow(Terminal& t, const std::string& label, int below = 0) {
-    return t.waitFor([&](const Terminal& s) {
-        const int row = s.findRow(label);
-        return row >= 0 && s.cursor().first == row + below;
-    });
-}
-
-// ---- The way in ----
-
-// The remote report service's base screen, entered from the base-setting menu (its fourth row).
-std::unique_ptr<Terminal> openServiceBase(const ProductRoot& root) {
-    auto t = frametest::startMenu(root);
-    t->send(keys::Enter);
-    EXPECT_TRUE(t->waitForText(english(root, "BASE_REPORT_SNMP_ID"))) << t->dump();
-    for (int i = 0; i < 3; ++i)
-        t->send(keys::Down);
-    t->send(keys::Enter);
-    EXPECT_TRUE(cursorOnRow(*t, english(root, "VNT_SUB_ENABLE_ID"))) << t->dump();
-    return t;
-}
-
-// From the service's base screen with its switch off: switch it on, keep internet mail, OK.
-void enterMailBase(const ProductRoot& root, Terminal& t) {
-    t.send(keys::Space);
-    tabs(t, 6);  // four methods, Suppression, OK
-    ASSERT_TRUE(focusedButton(t, english(root, "BUTTON_OK_ID"))) << t.dump();
-    t.send(keys::Enter);
-    ASSERT_TRUE(cursorOnRow(t, english(root, "IMAIL_BASE_SMTP_ID"))) << t.dump();
-}
+using namespace vantreltest;
 
 // From the internet-mail base screen with the focus on Login settings: toggles the two check
 // boxes as asked (eight and nine Tabs further, past OK, Cancel and the fields), presses Login
@@ -131,61 +38,17 @@ void openLogin(const ProductRoot& root, Terminal& t, bool togglePop, bool toggle
     })) << t.dump();
 }
 
-// Every screen still open, then the main menu, closes on Ctrl-O; the program ends normally.
-void closeAll(Terminal& t) {
-    for (int i = 0; i < 5 && t.running(); ++i) {
-        const std::string before = t.screenText();
-        t.send(keys::CtrlO);
-        t.waitFor([&](const Terminal& s) { return !s.running() || s.screenText() != before; });
-    }
-    ASSERT_TRUE(t.waitForExit()) << t.dump();
-    EXPECT_EQ(t.exitStatus(), 1) << t.dump();
-}
-
 }  // namespace
-
-// On: the chosen method's record alone is enabled with the method, and a method without its own
-// screen says so. Off: the methods cannot be chosen, every record is off, the method stays.
-TEST(VantrelBaseScreen, SwitchAndMethodAreStoredTogether) {
-    ProductRoot root;
-    auto t = openServiceBase(root);
-    const std::string enable = english(root, "VNT_SUB_ENABLE_ID");
-    EXPECT_TRUE(t->contains("[ ] " + enable)) << t->dump();
-    EXPECT_TRUE(t->waitForText("(*) " + english(root, "VNT_BASE_IMAIL_ID"))) << t->dump();
-
-    t->send(keys::Space);
-    tabs(*t, 4);
-    t->send(keys::Space);  // HTTPS
-    tabs(*t, 2);
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForText("┤ " + english(root, "VNT_BASE_HTTPS_ID") + " ├")) << t->dump();
-    dismiss(*t, english(root, "SCREEN_NOT_BUILT_ID"));
-    ASSERT_TRUE(t->waitForNoText(enable)) << t->dump();
-    EXPECT_EQ(storedDword(root, kServiceKey, "MethodType"), 3u);
-    EXPECT_EQ(methodEnabled(root, "VantrelReport(HTTPS)"), 1u);
-    EXPECT_EQ(methodEnabled(root, "VantrelReport(Internet Mail)"), 0u);
-
-    t->send(keys::Enter);  // the same row of the base-setting menu again
-    ASSERT_TRUE(cursorOnRow(*t, "[*] " + enable)) << t->dump();
-    EXPECT_TRUE(t->waitForText("(*) " + english(root, "VNT_BASE_HTTPS_ID"))) << t->dump();
-    t->send(keys::Space);
-    t->send(keys::Tab);
-    ASSERT_TRUE(focusedButton(*t, english(root, "VNT_BASE_BUTTON_SUPPRESS_ID"))) << t->dump();
-    t->send(keys::Tab);
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(enable)) << t->dump();
-    EXPECT_EQ(methodEnabled(root, "VantrelReport(HTTPS)"), 0u);
-    EXPECT_EQ(storedDword(root, kServiceKey, "MethodType"), 3u);
-    closeAll(*t);
-}
 
 // Each refusal in order leaves the record as stored; the accepted one stores it whole, with the
 // sender's surrounding blanks dropped.
 TEST(VantrelBaseScreen, MailBaseRefusesInOrderThenStoresTheRecord) {
     ProductRoot root;
+    markKeyFloppyRead(root);
     auto t = openServiceBase(root);
     enterMailBase(root, *t);
-    EXPECT_EQ(methodEnabled(root, "VantrelReport(Internet Mail)"), 1u);
+    // The service is switched on only once this screen has stored its record.
+    EXPECT_EQ(methodEnabled(root, "VantrelReport(Internet Mail)"), 0u);
 
     tabs(*t, 7);  // Login settings, with neither box checked
     t->send(keys::Enter);
@@ -237,6 +100,8 @@ TEST(VantrelBaseScreen, MailBaseRefusesInOrderThenStoresTheRecord) {
     EXPECT_EQ(storedDword(root, kLoginKey, "DateFormat"), 1u);
     EXPECT_EQ(storedDword(root, kLoginKey, "POPBeforeSMTP"), 1u);
     EXPECT_EQ(storedDword(root, kLoginKey, "SMTPAuth"), 0u);
+    EXPECT_EQ(methodEnabled(root, "VantrelReport(Internet Mail)"), 1u);
+    EXPECT_EQ(storedDword(root, kServiceKey, "MethodType"), 0u);
     closeAll(*t);
 }
 
@@ -244,6 +109,7 @@ TEST(VantrelBaseScreen, MailBaseRefusesInOrderThenStoresTheRecord) {
 // half is refused, and passwords never on screen and stored only encoded.
 TEST(MailLoginDialog, RefusesInOrderAndStoresPasswordsEncoded) {
     ProductRoot root;
+    markKeyFloppyRead(root);
     auto t = openServiceBase(root);
     enterMailBase(root, *t);
     tabs(*t, 7);
@@ -337,6 +203,7 @@ TEST(MailLoginDialog, RefusesInOrderAndStoresPasswordsEncoded) {
 // POP values as they were.
 TEST(MailLoginDialog, EachFlagWritesOnlyItsHalf) {
     ProductRoot root;
+    markKeyFloppyRead(root);
     auto t = openServiceBase(root);
     enterMailBase(root, *t);
     tabs(*t, 7);
@@ -445,6 +312,7 @@ TEST(SuppressionDialog, IntervalLimitsOffAndABadStoredMode) {
 // is pressed and the screen below is seen again with its focus where it was.
 TEST(EveryForm, CtrlOClosesItWithoutWriting) {
     ProductRoot root;
+    markKeyFloppyRead(root);
     frametest::zolreg(root, {"add", "HKLM\\" + kLoginKey, "/v", "POPServer", "/t", "REG_SZ", "/d",
                              "pop.example", "/f"});
     auto t = frametest::startMenu(root);
@@ -513,8 +381,8 @@ TEST(EveryForm, CtrlOClosesItWithoutWriting) {
     EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressMode"), 0u);
     EXPECT_EQ(storedDword(root, kSettingKey, "VntSuppressInterval"), 60u);
 
-    // The internet-mail base screen and the login dialog (OK of the base screen stores the
-    // switch, which is how an administrator gets there).
+    // The internet-mail base screen and the login dialog (OK of the base screen switching the
+    // service on opens it, which is how an administrator gets there).
     tabs(*t, 3);  // OK, Cancel, then round to the switch (the methods are off)
     ASSERT_TRUE(cursorOnRow(*t, enable)) << t->dump();
     enterMailBase(root, *t);
@@ -530,7 +398,11 @@ TEST(EveryForm, CtrlOClosesItWithoutWriting) {
     t->type("alice");
     closeForm(english(root, "POP_SETTING_TITLE"),
               [&] { return focusedButton(*t, "<" + english(root, "BUTTON_POP_SET_ID") + ">"); });
-    closeForm(english(root, "IMAIL_BASE_SMTP_ID"), baseMenuBack);
+    // Left without storing: back on the service's base screen, the service still off.
+    closeForm(english(root, "IMAIL_BASE_SMTP_ID"),
+              [&] { return focusedButton(*t, english(root, "BUTTON_OK_ID")); });
+    EXPECT_EQ(methodEnabled(root, "VantrelReport(Internet Mail)"), 0u);
+    closeForm(english(root, "VNT_SUB_ENABLE_ID"), baseMenuBack);
     EXPECT_EQ(storedText(root, kLoginKey, "POPServer"), "pop.example");
     EXPECT_EQ(storedText(root, kLoginKey, "SMTPServer"), "");
     EXPECT_EQ(storedDword(root, kLoginKey, "POPBeforeSMTP"), 0u);

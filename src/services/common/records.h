@@ -385,4 +385,40 @@ ZOL_RECORD_ASSERT(offsetof(VxMLDestData, Subject) == 513, "VxMLDestData layout")
 ZOL_RECORD_ASSERT(offsetof(VxMLDestData, Opening) == 1028, "VxMLDestData layout");
 ZOL_RECORD_ASSERT(sizeof(VxMLDestData) == 1048, "VxMLDestData layout");
 
+/* The remote report service's dial-up delivery (its modem line and the service centre's
+ * numbers), read and written whole by the report-settings library. */
+#define VNT_DIAL_PHONE_MAX 30 /* bytes of a telephone number */
+#define VNT_DIAL_USER_MAX 32  /* bytes of the user ID */
+#define VNT_DIAL_MODE_TONE 0u
+#define VNT_DIAL_MODE_PULSE 1u
+#define VNT_DIAL_REDIAL_MIN 1u /* minutes */
+#define VNT_DIAL_REDIAL_MAX 60u
+typedef struct VntDialData {
+    char PhoneNo1[VNT_TEXT_SIZE]; /* primary number: digits, '-', '(' and ')' */
+    char PhoneNo2[VNT_TEXT_SIZE]; /* secondary number, empty when there is none */
+    char UserID[VNT_TEXT_SIZE];   /* user ID given to the service centre */
+    char Device[VNT_TEXT_SIZE];   /* the modem's serial line device, a path under /dev/ */
+    uint32_t DialMode;            /* VNT_DIAL_MODE_* */
+    uint32_t RedialInterval;      /* minutes before dialling again */
+} VntDialData;
+
+ZOL_RECORD_ASSERT(offsetof(VntDialData, Device) == 384, "VntDialData layout");
+ZOL_RECORD_ASSERT(offsetof(VntDialData, DialMode) == 512, "VntDialData layout");
+ZOL_RECORD_ASSERT(sizeof(VntDialData) == 520, "VntDialData layout");
+
+/* The remote report service's HTTPS delivery: its two URLs, whether the secondary one is tried
+ * when the primary fails, and the proxy, read and written whole by "vnthttps.dll". */
+typedef struct VntHttpsData {
+    uint32_t ContinueReport;       /* 1: the secondary URL is tried when the primary fails */
+    uint32_t ProxyUse;             /* 1: through the proxy */
+    uint32_t ProxyPort;            /* 1 to 65535 */
+    char Url1[REG_TEXT_SIZE];      /* HTTPD1URL */
+    char Url2[REG_TEXT_SIZE];      /* HTTPD2URL */
+    char ProxyAddr[REG_TEXT_SIZE]; /* host name or IPv4 address */
+} VntHttpsData;
+
+ZOL_RECORD_ASSERT(offsetof(VntHttpsData, Url1) == 12, "VntHttpsData layout");
+ZOL_RECORD_ASSERT(offsetof(VntHttpsData, ProxyAddr) == 526, "VntHttpsData layout");
+ZOL_RECORD_ASSERT(sizeof(VntHttpsData) == 784, "VntHttpsData layout");
+
 #endif /* ZOL_RECORDS_H */

@@ -20,6 +20,8 @@
 /* The remote report service's mail-server logins and its HTTPS settings. */
 #define ZOL_KEY_MAIL_SETTING ZOL_KEY_REPORT "\\VantrelReport(Internet Mail)\\Setting"
 #define ZOL_KEY_HTTPS_SETTING ZOL_KEY_REPORT "\\VantrelReport(HTTPS)\\Setting"
+/* The remote report service's dial-up delivery. */
+#define ZOL_KEY_DIAL_SETTING ZOL_KEY_REPORT "\\VantrelReport(Dial-up)\\Setting"
 /* Destinations: one subkey per destination ID. */
 #define ZOL_KEY_ID_LIST ZOL_KEY_ALERTMAN "\\Destination\\ID_LIST"
 /* The remote report service's own destination record. */

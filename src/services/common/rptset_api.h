@@ -177,4 +177,10 @@ typedef int CheckKeyFDFlag_fn(void);
 typedef int GetOpenMsgfromFD_fn(const char* path);
 typedef int checkVntFile_fn(const char* path, int mode, int maxSize);
 
+/* Dial-up delivery, read and written whole: 0 on success, -1 on failure (a refused record writes
+ * nothing). A store without a primary number reads the service centre's number of the key floppy
+ * (SETUP\\PHONENO). */
+typedef int AMGetDialUpSetting_fn(VntDialData* record);
+typedef int AMSetDialUpSetting_fn(const VntDialData* record);
+
 #endif /* ZOL_RPTSET_API_H */

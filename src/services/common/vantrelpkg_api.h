@@ -9,6 +9,8 @@
 
 #include <stdint.h>
 
+#include "records.h"
+
 /* ---- vnthttps.dll: HTTPS delivery and its proxy ---- */
 /* 1 when the proxy is used, 0 when not, -1 on failure. */
 typedef int GetHTTPProxyUse_fn(void);
@@ -25,6 +27,10 @@ typedef int SetHTTPSURL_fn(int index, const char* url);
 /* Sends one report; *errorText receives a malloc'd text on failure. Returns 0 on success, 1 when
  * the report may be tried again, other values on failure. */
 typedef uint32_t GUIVntReport_fn(char** errorText, const char* kind);
+/* The HTTPS settings read and written whole, the last in one transaction: 0, or -1 (a refused
+ * record writes nothing). */
+typedef int GetHTTPSSetting_fn(VntHttpsData* record);
+typedef int SetHTTPSSetting_fn(const VntHttpsData* record);
 
 /* ---- vntutil.dll: key floppy and report suppression ---- */
 /* Writes the set-up data read from the key floppy at fdPath into the store. */

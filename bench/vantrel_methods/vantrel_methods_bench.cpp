@@ -1,0 +1,165 @@
+// How long the remote report service's dial-up and HTTPS method screens and the HTTPS proxy
+// dialog take to open on the seeded store (the key floppy marked as read), from the key that
+// opens them to the drawn screen, in a pseudo-terminal. The method screens open from the base
+// screen's OK, a full button that newt animates for a fixed 300 ms (drawn pushed, 150 ms, drawn
+// released, 150 ms) before the form returns; that time is what an administrator waits and is
+// reported with the screen's own time beside it. The proxy dialog opens from a compact button.
+// Usage: vantrel_methods_bench [rounds] (default 30); it makes and removes its own product root.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "frame/msgfile.h"
+#include "product_root.h"
+#include "regpaths.h"
+#include "terminal.h"
+#include "zolwin.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+// Newt's animation of a pressed full button.
+constexpr double kButtonAnimationMs = 300.0;
+
+std::string messageText(const zoltest::ProductRoot& root, const char* id) {
+    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
+    text.append(kRcFileSpare, '\0');
+    CPFindDestStr(text.c_str(), id);
+    return deststr;
+}
+
+bool markKeyFloppyRead(const zoltest::ProductRoot& root) {
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    HKEY key = nullptr;
+    const DWORD one = 1;
+    bool ok = RegCreateKey(HKEY_LOCAL_MACHINE, ZOL_KEY_VNTSERVICE, &key) == ERROR_SUCCESS &&
+              RegSetValueEx(key, "InstVantrelKeyFD", 0, REG_DWORD,
+                            reinterpret_cast<const BYTE*>(&one), sizeof one) == ERROR_SUCCESS;
+    RegCloseKey(key);
+    ZolRegCloseStore();
+    return ok;
+}
+
+// Sends keys, then waits until every text is on the screen: milliseconds, or -1.
+double timeUntil(zoltest::Terminal& t, std::string_view keys, const std::vector<std::string>& all) {
+    const auto started = Clock::now();
+    t.send(keys);
+    const bool drawn = t.waitFor(
+        [&](const zoltest::Terminal& s) {
+            return std::all_of(all.begin(), all.end(),
+                               [&](const std::string& text) { return s.contains(text); });
+        },
+        10s);
+    if (!drawn) {
+        std::fprintf(stderr, "not drawn:\n%s\n", t.dump().c_str());
+        return -1;
+    }
+    return std::chrono::duration<double, std::milli>(Clock::now() - started).count();
+}
+
+void report(const char* what, std::vector<double> v, double fixed) {
+    std::sort(v.begin(), v.end());
+    const std::size_t n = v.size();
+    const double median = n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+    std::printf("%s: median %.1f ms (min %.1f, max %.1f, %zu rounds)", what, median, v.front(),
+                v.back(), n);
+    if (fixed > 0)
+        std::printf("; without the %.0f ms button animation %.1f ms", fixed, median - fixed);
+    std::printf("; target 30 ms\n");
+}
+
+void tabs(zoltest::Terminal& t, int count) {
+    for (int i = 0; i < count; ++i)
+        t.send("\t");
+}
+
+// Times `rounds` openings of the screen that the focused OK opens, each closed with Ctrl-O back
+// to the base screen's OK.
+bool timeMethod(zoltest::Terminal& t, int rounds, const std::vector<std::string>& drawn,
+                std::vector<double>& out) {
+    for (int i = 0; i < rounds; ++i) {
+        const double ms = timeUntil(t, "\r", drawn);
+        if (ms < 0)
+            return false;
+        out.push_back(ms);
+        t.send("\x0f");
+        if (!t.waitForNoText(drawn.front()))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
+    zoltest::ProductRoot root;
+    if (!markKeyFloppyRead(root)) {
+        std::fprintf(stderr, "could not mark the key floppy as read\n");
+        return 1;
+    }
+    zoltest::TerminalOptions opts;
+    for (const auto& [name, value] : root.env())
+        opts.env[name] = value;
+    opts.env["LANG"] = "C.UTF-8";
+    opts.env["LC_ALL"] = std::nullopt;
+    zoltest::Terminal t({root.bin("ZOLamsadm").string()}, opts);
+    if (!t.waitForText(messageText(root, "MAIN_BASESET_ID"), 20s)) {
+        std::fprintf(stderr, "no main menu:\n%s\n", t.dump().c_str());
+        return 1;
+    }
+    // The base-setting menu, its remote report row, then the service's base screen.
+    t.send("\r");
+    t.waitForText(messageText(root, "BASE_REPORT_SNMP_ID"));
+    t.send("\x1b[B\x1b[B\x1b[B");
+    t.send("\r");
+    if (!t.waitForText(messageText(root, "VNT_SUB_ENABLE_ID")))
+        return 1;
+    // Switch on, dial-up, OK.
+    t.send(" ");
+    tabs(t, 2);
+    t.send(" ");
+    tabs(t, 4);
+    std::vector<double> dial, https, proxy;
+    const std::string dialTitle = "┤ " + messageText(root, "DIAL_DEST_SET_TITLE") + " ├";
+    if (!timeMethod(t, rounds, {dialTitle, messageText(root, "DIAL_UP_INTVAL")}, dial))
+        return 1;
+    // From OK: Cancel, the switch, four methods: HTTPS, then Suppression and OK.
+    tabs(t, 6);
+    t.send(" ");
+    tabs(t, 2);
+    const std::string httpsTitle = "┤ " + messageText(root, "TITLE_HTTPS_BASE_SETTING_ID") + " ├";
+    if (!timeMethod(t, rounds, {httpsTitle, messageText(root, "LABEL_HTTPS_SECOND_ID")}, https))
+        return 1;
+    // The proxy dialog from the HTTPS screen's Proxy button.
+    if (timeUntil(t, "\r", {httpsTitle}) < 0)
+        return 1;
+    tabs(t, 3);
+    const std::string proxyTitle = "┤ " + messageText(root, "TITLE_PROXY_SETTING_ID") + " ├";
+    for (int i = 0; i < rounds; ++i) {
+        const double ms =
+            timeUntil(t, "\r", {proxyTitle, messageText(root, "LABEL_PROXY_HOST_ID")});
+        if (ms < 0)
+            return 1;
+        proxy.push_back(ms);
+        t.send("\x0f");
+        if (!t.waitForNoText(proxyTitle))
+            return 1;
+    }
+    for (int i = 0; i < 5 && t.running(); ++i) {
+        const std::string before = t.screenText();
+        t.send("\x0f");
+        t.waitFor(
+            [&](const zoltest::Terminal& s) { return !s.running() || s.screenText() != before; });
+    }
+    t.waitForExit(10s);
+    report("dial-up screen from OK of the base screen to drawn", dial, kButtonAnimationMs);
+    report("HTTPS screen from OK of the base screen to drawn", https, kButtonAnimationMs);
+    report("proxy dialog from the Proxy button to drawn", proxy, 0);
+    return 0;
+}
