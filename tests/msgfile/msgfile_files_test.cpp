@@ -29,6 +29,8 @@ const std::set<std::string> kNotMessageIds = {
     "VANTREL_HTTPS",
     // The dial-up delivery library's report entry.
     "AM_Dll_ALV_Vnt",
+    // The set-up clearing entry of SRVINFO.DLL.
+    "VX_Clear_EMP_info_Data",
 };
 
 // Texts the program formats, with the conversions each caller passes; every other text holds
