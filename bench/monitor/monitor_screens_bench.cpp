@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "../common/screen_timing.h"
 #include "frame/msgfile.h"
 #include "product_root.h"
 #include "records.h"
@@ -28,6 +29,9 @@
 #include "terminal.h"
 
 namespace {
+
+using zolbench::messageText;
+using zolbench::title;
 
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
@@ -143,17 +147,6 @@ void fillStore(const zoltest::ProductRoot& root) {
     addSyslogItems(destinations, n);
     check(ZolRegCommitTransaction(), "ZolRegCommitTransaction");
     ZolRegCloseStore();
-}
-
-std::string messageText(const zoltest::ProductRoot& root, const char* id) {
-    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
-    text.append(kRcFileSpare, '\0');
-    CPFindDestStr(text.c_str(), id);
-    return deststr;
-}
-
-std::string title(const zoltest::ProductRoot& root, const char* id) {
-    return "┤ " + messageText(root, id) + " ├";
 }
 
 // Sends `key` and returns the milliseconds until every text of `drawn` is on the screen, which

@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "../common/screen_timing.h"
 #include "frame/msgfile.h"
 #include "product_root.h"
 #include "regpaths.h"
@@ -22,18 +23,15 @@
 
 namespace {
 
+using zolbench::messageText;
+using zolbench::report;
+using zolbench::timeUntil;
+
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr int kStoreLimit = 100;
 constexpr int kSeeded = 10;
-
-std::string messageText(const zoltest::ProductRoot& root, const char* id) {
-    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
-    text.append(kRcFileSpare, '\0');
-    CPFindDestStr(text.c_str(), id);
-    return deststr;
-}
 
 void setText(HKEY key, const char* name, const std::string& text) {
     RegSetValueEx(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
@@ -61,31 +59,6 @@ bool fillDestinations(const zoltest::ProductRoot& root) {
     const bool ok = ZolRegCommitTransaction() == ERROR_SUCCESS;
     ZolRegCloseStore();
     return ok;
-}
-
-// Sends keys, then waits until every text is on the screen: milliseconds, or -1.
-double timeUntil(zoltest::Terminal& t, std::string_view keys, const std::vector<std::string>& all) {
-    const auto started = Clock::now();
-    t.send(keys);
-    const bool drawn = t.waitFor(
-        [&](const zoltest::Terminal& s) {
-            return std::all_of(all.begin(), all.end(),
-                               [&](const std::string& text) { return s.contains(text); });
-        },
-        10s);
-    if (!drawn) {
-        std::fprintf(stderr, "not drawn:\n%s\n", t.dump().c_str());
-        return -1;
-    }
-    return std::chrono::duration<double, std::milli>(Clock::now() - started).count();
-}
-
-void report(const char* what, std::vector<double> v) {
-    std::sort(v.begin(), v.end());
-    const std::size_t n = v.size();
-    const double median = n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-    std::printf("%s: median %.1f ms (min %.1f, max %.1f, %zu rounds; target 30 ms)\n", what, median,
-                v.front(), v.back(), n);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "../common/screen_timing.h"
 #include "frame/msgfile.h"
 #include "product_root.h"
 #include "regpaths.h"
@@ -19,44 +20,13 @@
 
 namespace {
 
+using zolbench::messageText;
+using zolbench::report;
+using zolbench::timeUntil;
+using zolbench::title;
+
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
-
-std::string messageText(const zoltest::ProductRoot& root, const char* id) {
-    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
-    text.append(kRcFileSpare, '\0');
-    CPFindDestStr(text.c_str(), id);
-    return deststr;
-}
-
-std::string title(const zoltest::ProductRoot& root, const char* id) {
-    return "┤ " + messageText(root, id) + " ├";
-}
-
-// Sends keys, then waits until every text is on the screen: milliseconds, or -1.
-double timeUntil(zoltest::Terminal& t, std::string_view keys, const std::vector<std::string>& all) {
-    const auto started = Clock::now();
-    t.send(keys);
-    const bool drawn = t.waitFor(
-        [&](const zoltest::Terminal& s) {
-            return std::all_of(all.begin(), all.end(),
-                               [&](const std::string& text) { return s.contains(text); });
-        },
-        10s);
-    if (!drawn) {
-        std::fprintf(stderr, "not drawn:\n%s\n", t.dump().c_str());
-        return -1;
-    }
-    return std::chrono::duration<double, std::milli>(Clock::now() - started).count();
-}
-
-void report(const char* what, std::vector<double> v) {
-    std::sort(v.begin(), v.end());
-    const std::size_t n = v.size();
-    const double median = n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-    std::printf("%s: median %.1f ms (min %.1f, max %.1f, %zu rounds; target 30 ms)\n", what, median,
-                v.front(), v.back(), n);
-}
 
 // Opens a screen `rounds` times with Enter and closes it with Ctrl-O, waiting for `gone` to leave
 // the screen. False when a screen was not drawn.

@@ -1,0 +1,66 @@
+// What the screen benchmarks share: the message texts they wait for, and timing a screen from
+// the keys that open it to the moment all of its texts are drawn.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/msgfile.h"
+#include "product_root.h"
+#include "terminal.h"
+
+namespace zolbench {
+
+// A message of the product root's English message file.
+inline std::string messageText(const zoltest::ProductRoot& root, const char* id) {
+    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
+    text.append(kRcFileSpare, '\0');
+    CPFindDestStr(text.c_str(), id);
+    return deststr;
+}
+
+// A window title as newt draws it.
+inline std::string title(const zoltest::ProductRoot& root, const char* id) {
+    return "┤ " + messageText(root, id) + " ├";
+}
+
+// Sends keys, then waits until every text is on the screen: milliseconds, or -1.
+inline double timeUntil(zoltest::Terminal& t, std::string_view keys,
+                        const std::vector<std::string>& all) {
+    using namespace std::chrono_literals;
+    const auto started = std::chrono::steady_clock::now();
+    t.send(keys);
+    const bool drawn = t.waitFor(
+        [&](const zoltest::Terminal& s) {
+            return std::all_of(all.begin(), all.end(),
+                               [&](const std::string& text) { return s.contains(text); });
+        },
+        10s);
+    if (!drawn) {
+        std::fprintf(stderr, "not drawn:\n%s\n", t.dump().c_str());
+        return -1;
+    }
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - started)
+        .count();
+}
+
+// Prints median, minimum and maximum against the 30 ms target; `fixed` is a known pause inside
+// the figures (newt's animation of a pressed full button) shown taken out.
+inline void report(const char* what, std::vector<double> v, double fixed = 0) {
+    if (v.empty())
+        return;
+    std::sort(v.begin(), v.end());
+    const std::size_t n = v.size();
+    const double median = n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
+    std::printf("%s: median %.1f ms (min %.1f, max %.1f, %zu rounds)", what, median, v.front(),
+                v.back(), n);
+    if (fixed > 0)
+        std::printf("; without the %.0f ms button animation %.1f ms", fixed, median - fixed);
+    std::printf("; target 30 ms\n");
+}
+
+}  // namespace zolbench
