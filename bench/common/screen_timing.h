@@ -48,6 +48,22 @@ inline double timeUntil(zoltest::Terminal& t, std::string_view keys,
         .count();
 }
 
+// Opens a screen `rounds` times with Enter and closes it with Ctrl-O, waiting for `gone` to leave
+// the screen. False when a screen was not drawn.
+inline bool measure(zoltest::Terminal& t, int rounds, const std::vector<std::string>& drawn,
+                    const std::string& gone, std::vector<double>* times) {
+    for (int i = 0; i < rounds; ++i) {
+        const double ms = timeUntil(t, "\r", drawn);
+        if (ms < 0)
+            return false;
+        times->push_back(ms);
+        t.send("\x0f");
+        if (!t.waitForNoText(gone))
+            return false;
+    }
+    return true;
+}
+
 // Prints median, minimum and maximum against the 30 ms target; `fixed` is a known pause inside
 // the figures (newt's animation of a pressed full button) shown taken out.
 inline void report(const char* what, std::vector<double> v, double fixed = 0) {

@@ -20,6 +20,7 @@
 
 namespace {
 
+using zolbench::measure;
 using zolbench::messageText;
 using zolbench::report;
 using zolbench::timeUntil;
@@ -27,22 +28,6 @@ using zolbench::title;
 
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
-
-// Opens a screen `rounds` times with Enter and closes it with Ctrl-O, waiting for `gone` to leave
-// the screen. False when a screen was not drawn.
-bool measure(zoltest::Terminal& t, int rounds, const std::vector<std::string>& drawn,
-             const std::string& gone, std::vector<double>* times) {
-    for (int i = 0; i < rounds; ++i) {
-        const double ms = timeUntil(t, "\r", drawn);
-        if (ms < 0)
-            return false;
-        times->push_back(ms);
-        t.send("\x0f");
-        if (!t.waitForNoText(gone))
-            return false;
-    }
-    return true;
-}
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include <zolwin_transaction.h>
 
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -83,23 +84,33 @@ const char* RecordFault(const VntDialData& r) {
     return nullptr;
 }
 
+// What one read gave: true to take the value read, false to take the default (missing, or of
+// another type: traced), nothing when the store cannot be read.
+std::optional<bool> UseRead(vntcore::Read read, const char* name) {
+    switch (read) {
+        case vntcore::Read::Ok:
+            return true;
+        case vntcore::Read::Failed:
+            return std::nullopt;
+        case vntcore::Read::WrongType:
+            ZOL_TRACE(TRACE_LEVEL_ERROR, "%s has the wrong type; read as its default.", name);
+            return false;
+        case vntcore::Read::Missing:
+            return false;
+    }
+    return std::nullopt;
+}
+
 // Reads one text into its field (missing: fallback). False when the store cannot be read; a
 // value of another type or too long for the field reads as the fallback, traced.
 bool ReadField(const char* key, const char* name, const char* fallback,
                char (&field)[VNT_TEXT_SIZE]) {
     std::string text;
-    switch (vntcore::ReadText(key, name, &text)) {
-        case vntcore::Read::Ok:
-            break;
-        case vntcore::Read::Failed:
-            return false;
-        case vntcore::Read::WrongType:
-            ZOL_TRACE(TRACE_LEVEL_ERROR, "%s has the wrong type; read as its default.", name);
-            [[fallthrough]];
-        case vntcore::Read::Missing:
-            text = fallback;
-            break;
-    }
+    const std::optional<bool> read = UseRead(vntcore::ReadText(key, name, &text), name);
+    if (!read)
+        return false;
+    if (!*read)
+        text = fallback;
     if (vntcore::CopyOut(text, field, sizeof field) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "%s longer than its field; read as its default.", name);
         vntcore::CopyOut(fallback, field, sizeof field);
@@ -109,18 +120,11 @@ bool ReadField(const char* key, const char* name, const char* fallback,
 
 bool ReadNumber(const char* name, DWORD fallback, uint32_t* out) {
     DWORD value = fallback;
-    switch (vntcore::ReadDword(kDialKey, name, &value)) {
-        case vntcore::Read::Ok:
-            break;
-        case vntcore::Read::Failed:
-            return false;
-        case vntcore::Read::WrongType:
-            ZOL_TRACE(TRACE_LEVEL_ERROR, "%s has the wrong type; read as its default.", name);
-            [[fallthrough]];
-        case vntcore::Read::Missing:
-            value = fallback;
-            break;
-    }
+    const std::optional<bool> read = UseRead(vntcore::ReadDword(kDialKey, name, &value), name);
+    if (!read)
+        return false;
+    if (!*read)
+        value = fallback;
     *out = value;
     return true;
 }
