@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(build-essential cmake ninja-build pkg-config
           libnewt-dev libslang2-dev libsqlite3-dev sqlite3
-          libvterm-dev googletest libgtest-dev libgmock-dev libbenchmark-dev
+          libvterm-dev libsnmp-dev snmptrapd googletest libgtest-dev libgmock-dev libbenchmark-dev
           whiptail clang-format locales)
 
 sudo=""

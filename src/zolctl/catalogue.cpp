@@ -1,0 +1,169 @@
+// The store as zolctl's commands read it: the destination table through the destination
+// screens' table functions, the agent events and syslog items through the monitoring screens'
+// catalogue readers, copied into plain structs the commands look at.
+#include <cstdio>
+#include <cstring>
+
+#include "destination/destination.h"
+#include "frame/dscopy_calls.h"
+#include "frame/screens.h"
+#include "monitor/monitor.h"
+#include "regpaths.h"
+#include "zolctl/zolctl.h"
+
+namespace zolctl {
+
+namespace {
+
+// The number of subkeys of ID_LIST, counted in the store itself: the library reads at most
+// DEST_MAX_RECORDS of them, so an excess shows only here. -1 when the key cannot be read.
+int CountIDListKeys() {
+    HKEY key = nullptr;
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, ZOL_KEY_ID_LIST, 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return -1;
+    int count = 0;
+    for (;;) {
+        char name[ZOL_MAX_KEY_NAME + 1];
+        DWORD size = sizeof name;
+        const LONG rc = RegEnumKeyEx(key, static_cast<DWORD>(count), name, &size, nullptr, nullptr,
+                                     nullptr, nullptr);
+        if (rc != ERROR_SUCCESS)
+            break;
+        ++count;
+    }
+    RegCloseKey(key);
+    return count;
+}
+
+// The destination table's records are wiped and freed on every path out.
+struct DestTableGuard {
+    ~DestTableGuard() { FreeDestTable(); }
+};
+
+template <class Record>
+Monitored CopyMonitored(const Record& record, bool syslog) {
+    Monitored entry;
+    entry.syslog = syslog;
+    entry.source = record.SourceName;
+    entry.eventID = record.EventID;
+    entry.trapName = record.TrapName;
+    entry.dealMethod = record.DealMethod;
+    entry.action = record.Action;
+    for (int i = 0; i < record.DestNum && i < EVENT_DEST_SLOTS; ++i) {
+        if (record.lplpszDestID[i] != nullptr)
+            entry.destIDs.emplace_back(record.lplpszDestID[i]);
+    }
+    return entry;
+}
+
+}  // namespace
+
+bool EqualsNoCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
+        if (lower(a[i]) != lower(b[i]))
+            return false;
+    }
+    return true;
+}
+
+bool LoadDestinations(HMODULE rptset, Store& store, std::string* error) {
+    DestTableGuard guard;
+    const int count = InitAllDestSetting(rptset);
+    if (count < 0) {
+        *error = "the destination IDs cannot be read (GetAllDestSetting failed)";
+        return false;
+    }
+    store.destinations.clear();
+    for (int i = 0; i < count; ++i) {
+        const DestData& record = *CPDestData[i];
+        Destination d;
+        d.id = record.ID;
+        d.method = record.Method;
+        d.address = record.Address;
+        d.phone = record.Phone;
+        d.user = record.User;
+        d.port = record.Port;
+        d.hourMask = record.HourMask;
+        d.retryInterval = record.RetryInterval;
+        d.retryTime = record.RetryTime;
+        d.hidden = IsHiddenDestID(record.ID) != FALSE;
+        store.destinations.push_back(std::move(d));
+    }
+    store.idListKeys = CountIDListKeys();
+    return true;
+}
+
+bool LoadMonitored(HMODULE rptset, Store& store, std::string* error) {
+    AgentCatalogue agents;
+    if (InitAllAgntSetting(rptset, agents) < 0) {
+        *error = "the agent event catalogue cannot be read (GetAllAgntSetting failed)";
+        return false;
+    }
+    SyslogCatalogue items;
+    if (InitAllSyslogSetting(rptset, items) < 0) {
+        *error = "the syslog monitoring items cannot be read (GetAllSyslogSetting failed)";
+        return false;
+    }
+    store.events.clear();
+    for (const AgentEventData* record : agents.data.records()) {
+        if (record != nullptr)
+            store.events.push_back(CopyMonitored(*record, false));
+    }
+    store.syslogItems.clear();
+    for (const SyslogData* record : items.data.records()) {
+        if (record == nullptr)
+            continue;
+        Monitored entry = CopyMonitored(*record, true);
+        entry.keywords[0] = record->Keyword1;
+        entry.keywords[1] = record->Keyword2;
+        entry.keywords[2] = record->Keyword3;
+        entry.count = record->Count;
+        entry.timeTable = record->TimeTable;
+        store.syslogItems.push_back(std::move(entry));
+    }
+    return true;
+}
+
+const Destination* FindDestination(const Store& store, std::string_view id) {
+    for (const Destination& d : store.destinations) {
+        if (EqualsNoCase(d.id, id))
+            return &d;
+    }
+    return nullptr;
+}
+
+std::string HoursText(HMODULE dscopy, std::uint32_t mask) {
+    if ((mask & DEST_DEFAULT_HOURMASK) == 0)
+        return "(none)";
+    char text[SCHEDULE_TEXT_MAX] = {};
+    if (!MaskToScheduleText(dscopy, mask, text).ok())
+        return "(unreadable)";
+    return text;
+}
+
+std::string MonitoredKey(const Monitored& entry) {
+    return std::string("HKLM\\") + (entry.syslog ? ZOL_KEY_SYSLOG : ZOL_KEY_AGENTEVENT) + "\\" +
+           entry.source + "\\" + entry.eventID;
+}
+
+std::string ActionText(int action) {
+    switch (action) {
+        case EVENT_ACTION_NONE:
+            return "none";
+        case EVENT_ACTION_SHUTDOWN:
+            return "shutdown";
+        case EVENT_ACTION_REBOOT:
+            return "reboot";
+        default:
+            return "unknown (" + std::to_string(action) + ")";
+    }
+}
+
+std::string DealMethodText(const std::string& stored) {
+    return stored == NO_US_DEALMETHOD ? std::string() : stored;
+}
+
+}  // namespace zolctl
