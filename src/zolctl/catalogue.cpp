@@ -6,6 +6,7 @@
 
 #include "destination/destination.h"
 #include "frame/dscopy_calls.h"
+#include "frame/rptset_calls.h"
 #include "frame/screens.h"
 #include "monitor/monitor.h"
 #include "regpaths.h"
@@ -54,6 +55,33 @@ Monitored CopyMonitored(const Record& record, bool syslog) {
             entry.destIDs.emplace_back(record.lplpszDestID[i]);
     }
     return entry;
+}
+
+Monitored CopySyslogItem(const SyslogData& record) {
+    Monitored entry = CopyMonitored(record, true);
+    entry.keywords[0] = record.Keyword1;
+    entry.keywords[1] = record.Keyword2;
+    entry.keywords[2] = record.Keyword3;
+    entry.count = record.Count;
+    entry.timeTable = record.TimeTable;
+    return entry;
+}
+
+// The names of the subkeys of one key; nothing when the key cannot be opened.
+std::optional<std::vector<std::string>> SubkeyNames(const std::string& path) {
+    HKEY key = nullptr;
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS)
+        return std::nullopt;
+    std::vector<std::string> names;
+    for (DWORD i = 0;; ++i) {
+        char name[ZOL_MAX_KEY_NAME + 1];
+        DWORD size = sizeof name;
+        if (RegEnumKeyEx(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+            break;
+        names.emplace_back(name, size);
+    }
+    RegCloseKey(key);
+    return names;
 }
 
 }  // namespace
@@ -114,15 +142,66 @@ bool LoadMonitored(HMODULE rptset, Store& store, std::string* error) {
     }
     store.syslogItems.clear();
     for (const SyslogData* record : items.data.records()) {
-        if (record == nullptr)
+        if (record != nullptr)
+            store.syslogItems.push_back(CopySyslogItem(*record));
+    }
+    return true;
+}
+
+std::optional<Monitored> LoadEvent(HMODULE rptset, const std::string& source,
+                                   const std::string& eventID) {
+    if (EqualsNoCase(eventID, EVENT_ID_ALL))
+        return std::nullopt;  // a whole source is no event
+    auto record = AgentRecord::Allocate("zolctl event");
+    if (record == nullptr || source.size() >= sizeof(*record)->SourceName ||
+        eventID.size() >= sizeof(*record)->EventID)
+        return std::nullopt;
+    std::snprintf((*record)->SourceName, sizeof(*record)->SourceName, "%s", source.c_str());
+    std::snprintf((*record)->EventID, sizeof(*record)->EventID, "%s", eventID.c_str());
+    if (!GetAgntRecord(rptset, record->get()).ok())
+        return std::nullopt;
+    Monitored entry = CopyMonitored(**record, false);
+    // The library keeps the caller's spelling: show the catalogue's own.
+    const auto sources = SubkeyNames(ZOL_KEY_AGENTEVENT);
+    for (const std::string& name : sources.value_or(std::vector<std::string>{})) {
+        if (EqualsNoCase(name, source))
+            entry.source = name;
+    }
+    const auto events = SubkeyNames(std::string(ZOL_KEY_AGENTEVENT) + "\\" + entry.source);
+    for (const std::string& name : events.value_or(std::vector<std::string>{})) {
+        if (EqualsNoCase(name, eventID))
+            entry.eventID = name;
+    }
+    return entry;
+}
+
+bool LoadSourceItems(HMODULE rptset, const std::string& source, std::vector<Monitored>& items,
+                     std::string* error) {
+    items.clear();
+    const auto sources = SubkeyNames(ZOL_KEY_SYSLOG);
+    if (!sources) {
+        *error = "the syslog monitoring items cannot be read";
+        return false;
+    }
+    for (const std::string& name : *sources) {
+        if (!EqualsNoCase(name, source))
             continue;
-        Monitored entry = CopyMonitored(*record, true);
-        entry.keywords[0] = record->Keyword1;
-        entry.keywords[1] = record->Keyword2;
-        entry.keywords[2] = record->Keyword3;
-        entry.count = record->Count;
-        entry.timeTable = record->TimeTable;
-        store.syslogItems.push_back(std::move(entry));
+        const std::string path = std::string(ZOL_KEY_SYSLOG) + "\\" + name;
+        for (const std::string& eventID : SubkeyNames(path).value_or(std::vector<std::string>{})) {
+            auto record = SyslogRecord::Allocate("zolctl item");
+            if (record == nullptr || eventID.size() >= sizeof(*record)->EventID) {
+                *error = "the syslog item " + name + " " + eventID + " cannot be read";
+                return false;
+            }
+            std::snprintf((*record)->SourceName, sizeof(*record)->SourceName, "%s", name.c_str());
+            std::snprintf((*record)->EventID, sizeof(*record)->EventID, "%s", eventID.c_str());
+            if (!GetSyslogRecord(rptset, record->get()).ok()) {
+                *error = "the syslog item " + name + " " + eventID +
+                         " cannot be read (GetSyslogSetting failed)";
+                return false;
+            }
+            items.push_back(CopySyslogItem(**record));
+        }
     }
     return true;
 }

@@ -3,6 +3,7 @@
 // sets must occur in the line, byte for byte (case-sensitive; Japanese keywords in the store's
 // EUC-JP, the typed line converted to it).
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -104,14 +105,9 @@ void PrintHandling(const Monitored& entry, const std::string& indent) {
 }
 
 int RouteEvent(const Session& s, const Options& options) {
-    const std::string source = ForStore(options.args[0]);
-    const std::string eventID = ForStore(options.args[1]);
-    const Monitored* found = nullptr;
-    for (const Monitored& e : s.store.events) {
-        if (EqualsNoCase(e.source, source) && EqualsNoCase(e.eventID, eventID))
-            found = &e;
-    }
-    if (found == nullptr) {
+    const std::optional<Monitored> found =
+        LoadEvent(s.rptset.get(), ForStore(options.args[0]), ForStore(options.args[1]));
+    if (!found) {
         if (options.json)
             std::cout << "{\"found\":false,\"destinations\":[]}\n";
         else
@@ -177,11 +173,15 @@ void PrintItem(const Session& s, const Monitored& item, const std::string& why, 
 int RouteSyslog(const Session& s, const Options& options) {
     const std::string source = ForStore(options.args[0]);
     const std::string line = ForStore(options.args[1]);
+    std::vector<Monitored> sourceItems;
+    std::string error;
+    if (!LoadSourceItems(s.rptset.get(), source, sourceItems, &error)) {
+        Complain(error);
+        return kExitFailure;
+    }
     int existing = 0, items = 0, matched = 0;
     std::string json;
-    for (const Monitored& item : s.store.syslogItems) {
-        if (!EqualsNoCase(item.source, source))
-            continue;
+    for (const Monitored& item : sourceItems) {
         ++items;
         const std::string why = Mismatch(item, line);
         matched += why.empty() ? 1 : 0;
@@ -214,7 +214,7 @@ int RouteSyslog(const Session& s, const Options& options) {
 
 int RunRoute(const Options& options) {
     Session session;
-    if (!OpenSession(session, true))
+    if (!OpenSession(session, false))
         return kExitFailure;
     return options.syslog ? RouteSyslog(session, options) : RouteEvent(session, options);
 }

@@ -70,6 +70,14 @@ struct Store {
 bool LoadDestinations(HMODULE rptset, Store& store, std::string* error);
 // Reads the agent event catalogue and the syslog items. False (with *error) on failure.
 bool LoadMonitored(HMODULE rptset, Store& store, std::string* error);
+// One agent event by source and event ID (without regard to case), through "GetAgntSetting";
+// nothing when the catalogue has no such event.
+std::optional<Monitored> LoadEvent(HMODULE rptset, const std::string& source,
+                                   const std::string& eventID);
+// Every syslog item of one source (named without regard to case), through "GetSyslogSetting"
+// for each item key of the source. False (with *error) when an item cannot be read.
+bool LoadSourceItems(HMODULE rptset, const std::string& source, std::vector<Monitored>& items,
+                     std::string* error);
 // The destination whose ID equals id without regard to case; null when there is none.
 const Destination* FindDestination(const Store& store, std::string_view id);
 bool EqualsNoCase(std::string_view a, std::string_view b);
