@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "../common/scale_store.h"
 #include "../common/screen_timing.h"
 #include "frame/msgfile.h"
 #include "product_root.h"
@@ -36,118 +37,6 @@ using zolbench::title;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 namespace keys = zoltest::keys;
-
-constexpr const char* kAlertMan = ZOL_KEY_ALERTMAN;
-constexpr int kDestinations = 100;
-constexpr int kAgentSources = 100;
-constexpr int kEventsPerSource = 20;
-constexpr int kSyslogSources = 50;
-constexpr int kItemsPerSource = 20;
-
-void check(LONG r, const char* what) {
-    if (r != ERROR_SUCCESS) {
-        std::fprintf(stderr, "%s failed: %ld\n", what, static_cast<long>(r));
-        std::exit(1);
-    }
-}
-void setText(HKEY key, const char* name, const std::string& text) {
-    check(RegSetValueEx(key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.c_str()),
-                        static_cast<DWORD>(text.size() + 1)),
-          "RegSetValueEx");
-}
-void setDword(HKEY key, const char* name, DWORD value) {
-    check(RegSetValueEx(key, name, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&value), 4),
-          "RegSetValueEx");
-}
-HKEY create(const std::string& path) {
-    HKEY key = nullptr;
-    check(RegCreateKey(HKEY_LOCAL_MACHINE, path.c_str(), &key), "RegCreateKey");
-    return key;
-}
-std::string destID(int d) {
-    char name[32];
-    std::snprintf(name, sizeof name, "Dest%03d", d);
-    return name;
-}
-
-// Every third event or item reports to one to three destinations.
-void bindDestinations(const std::string& eventKey, int n, int destinations) {
-    if (n % 3 != 0)
-        return;
-    HKEY dest = create(eventKey + "\\Dest");
-    for (int k = 0; k <= n % 3 + (n % 7 == 0 ? 2 : 0); ++k)
-        setDword(dest, destID((n + k * 37) % destinations).c_str(), 1);
-    RegCloseKey(dest);
-}
-
-void addDestinations(int count) {
-    for (int d = 0; d < count; ++d) {
-        HKEY k = create(std::string(kAlertMan) + "\\Destination\\ID_LIST\\" + destID(d));
-        setText(k, "Method", "MANAGER (SNMP)");
-        setText(k, "Address", "192.0.2." + std::to_string(d + 1));
-        setDword(k, "Port", 162);
-        setDword(k, "HourMask", 0xFFFFFF);
-        setDword(k, "RetryInterval", 5);
-        setDword(k, "RetryTime", 72);
-        RegCloseKey(k);
-    }
-}
-
-void addAgentEvents(int destinations, int& n) {
-    for (int s = 0; s < kAgentSources; ++s) {
-        for (int e = 0; e < kEventsPerSource; ++e, ++n) {
-            char path[256];
-            std::snprintf(path, sizeof path, "%s\\AgentEvent\\AgentSource%03d\\%c%07X", kAlertMan,
-                          s, "48C"[e % 3], n);
-            HKEY k = create(path);
-            setText(k, "TrapName", "zolTrapOfEvent" + std::to_string(n));
-            setText(k, "DealMethod", n % 2 ? NO_US_DEALMETHOD : "Check the unit in the event.");
-            setDword(k, "Action", n % 3);
-            setDword(k, "ErrKind", 1 + n % 4);
-            setDword(k, "Level", n % 9);
-            RegCloseKey(k);
-            bindDestinations(path, n, destinations);
-        }
-    }
-}
-
-void addSyslogItems(int destinations, int& n) {
-    for (int s = 0; s < kSyslogSources; ++s) {
-        for (int e = 0; e < kItemsPerSource; ++e, ++n) {
-            char path[256];
-            std::snprintf(path, sizeof path, "%s\\SyslogMonitor\\syslog-source-%02d\\%c%07X",
-                          kAlertMan, s, "48C"[e % 3], n);
-            HKEY k = create(path);
-            setText(k, "Keyword1", "I/O error");
-            setText(k, "Keyword2", n % 2 ? "" : "sector " + std::to_string(n));
-            setText(k, "TrapName", "sysTrapOfItem" + std::to_string(n));
-            setText(k, "DealMethod", NO_US_DEALMETHOD);
-            setDword(k, "Count", 1 + n % 5);
-            setDword(k, "TimeTable", 0xFFFFFF);
-            RegCloseKey(k);
-            bindDestinations(path, n, destinations);
-        }
-    }
-}
-
-// The seeded catalogues replaced by the generated ones; destinations added up to 100 listed and
-// hidden IDs together (the most the destination table holds).
-void fillStore(const zoltest::ProductRoot& root) {
-    for (const char* key : {"AgentEvent", "SyslogMonitor"}) {
-        const std::string path = std::string("HKLM\\") + kAlertMan + "\\" + key;
-        zoltest::run({root.bin("zolreg").string(), "delete", path, "/f"}, root.env());
-    }
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    check(ZolRegBeginTransaction(), "ZolRegBeginTransaction");
-    const int seeded = 10;  // built-in destination IDs of default.reg
-    const int destinations = kDestinations - seeded;
-    addDestinations(destinations);
-    int n = 0;
-    addAgentEvents(destinations, n);
-    addSyslogItems(destinations, n);
-    check(ZolRegCommitTransaction(), "ZolRegCommitTransaction");
-    ZolRegCloseStore();
-}
 
 // Sends `key` and returns the milliseconds until every text of `drawn` is on the screen, which
 // happened at *drawnAt (wall clock) when that is given.
@@ -263,7 +152,7 @@ void measureFamily(const zoltest::ProductRoot& root, zoltest::Terminal& t, int r
 int main(int argc, char* argv[]) {
     const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
     zoltest::ProductRoot root;
-    fillStore(root);
+    zolbench::FillScaleStore(root);
 
     zoltest::TerminalOptions opts;
     for (const auto& [name, value] : root.env())

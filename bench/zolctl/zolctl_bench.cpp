@@ -56,7 +56,8 @@ int main(int argc, char** argv) {
         {"route --syslog (matching)",
          {"route", "--syslog", "syslog-source-00", "disk: I/O error at sector 2000"},
          0},
-        {"route --syslog --verbose", {"route", "--syslog", "syslog-source-49", "--verbose", "fine"},
+        {"route --syslog --verbose",
+         {"route", "--syslog", "syslog-source-49", "--verbose", "fine"},
          1},
     };
     for (const Command& c : commands)

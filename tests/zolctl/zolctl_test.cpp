@@ -339,6 +339,33 @@ TEST(ZolctlRoute, SyslogLineAgainstTheKeywords) {
         << r.out;
 }
 
+// A Japanese keyword is stored in EUC-JP; a line typed on a UTF-8 terminal still matches it, and
+// the keyword is shown in the terminal's encoding (UTF-8), in JSON always in UTF-8.
+TEST(ZolctlRoute, JapaneseKeywordOnAUtf8Terminal) {
+    ProductRoot root;
+    const std::string eucKeyword = "\xa5\xc7\xa5\xa3\xa5\xb9\xa5\xaf\xbe\xe3\xb3\xb2";
+    const std::string utf8Keyword = "\u30c7\u30a3\u30b9\u30af\u969c\u5bb3";  // disk failure
+    import(root, "[" + kAlertMan + "\\SyslogMonitor\\diskmon\\C0000009]\n\"Keyword1\"=\"" +
+                     eucKeyword + "\"\n\"TimeTable\"=dword:00ffffff\n\"Count\"=dword:00000001\n[" +
+                     kAlertMan +
+                     "\\SyslogMonitor\\diskmon\\C0000009\\Dest]\n\"SNMP\"=dword:00000001\n");
+    const auto run = [&](std::vector<std::string> args) {
+        args.insert(args.begin(), root.bin("zolctl").string());
+        return zoltest::run(args, root.env({{"LC_ALL", "ja_JP.UTF-8"}}));
+    };
+    RunResult r = run({"route", "--syslog", "diskmon", "sda: " + utf8Keyword + " sector 9"});
+    EXPECT_EQ(r.status, 0) << r.out << r.err;
+    EXPECT_TRUE(r.out.starts_with("item C0000009 matched (keywords \"" + utf8Keyword + "\";"))
+        << r.out;
+    r = run({"route", "--syslog", "diskmon", "--json", "sda: " + utf8Keyword});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_NE(r.out.find("\"keywords\":[\"" + utf8Keyword + "\"],\"matched\":true"),
+              std::string::npos)
+        << r.out;
+    r = run({"route", "--syslog", "diskmon", "sda: disk failure"});
+    EXPECT_EQ(r.status, 1);
+}
+
 // A manager stand-in: accepts one connection, reads the report whole, answers `reply`.
 class Listener {
   public:
