@@ -181,6 +181,20 @@ TEST(ZolctlCheck, ReportsEachKindOfFinding) {
                          "mail address to send to",
           "HKLM\\SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Internet Mail)"
           "\\Setting\\SMTPServer: the service reports by mail but has no SMTP server"}},
+        {"service on by dial-up",
+         "[" + kAlertMan +
+             "\\BaseSetting\\Method\\VantrelReport(Dial-up)]\n"
+             "\"Enable\"=dword:00000001\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Tavik\\VNTService]\n"
+             "\"MethodType\"=dword:00000001\n\"InstVantrelKeyFD\"=dword:00000001\n",
+         {"HKLM\\SOFTWARE\\Tavik\\ZolAlertMan\\BaseSetting\\Report\\VantrelReport(Dial-up)\\Setting"
+          "\\PhoneNo1: the service reports by dial-up but has no telephone number"}},
+        {"service on via the manager",
+         "[" + kAlertMan +
+             "\\BaseSetting\\Method\\VantrelReport(TransToManager)]\n"
+             "\"Enable\"=dword:00000001\n[HKEY_LOCAL_MACHINE\\SOFTWARE\\Tavik\\VNTService]\n"
+             "\"MethodType\"=dword:00000002\n\"InstVantrelKeyFD\"=dword:00000001\n",
+         {kShortIDList + "\\VantrelReport\\Address\\ManagerIP: the service reports via the manager "
+                         "but has no manager address"}},
         {"service on by HTTPS",
          "[" + kAlertMan +
              "\\BaseSetting\\Method\\VantrelReport(HTTPS)]\n"
