@@ -6,7 +6,9 @@
 
 #include "destination/destination.h"
 #include "frame/dscopy_calls.h"
+#include "frame/libraries.h"
 #include "frame/rptset_calls.h"
+#include "frame/rptset_dial_calls.h"
 #include "frame/screens.h"
 #include "monitor/monitor.h"
 #include "regpaths.h"
@@ -226,6 +228,49 @@ std::string HoursText(HMODULE dscopy, std::uint32_t mask) {
 std::string MonitoredKey(const Monitored& entry) {
     return std::string("HKLM\\") + (entry.syslog ? ZOL_KEY_SYSLOG : ZOL_KEY_AGENTEVENT) + "\\" +
            entry.source + "\\" + entry.eventID;
+}
+
+std::string ReadStoreText(const char* key, const char* value) {
+    char data[REG_TEXT_SIZE] = {};
+    DWORD type = 0;
+    DWORD size = sizeof data - 1;
+    if (!RegReadEx(HKEY_LOCAL_MACHINE, key, value, &type, &size, reinterpret_cast<BYTE*>(data)) ||
+        type != REG_SZ)
+        return {};
+    return data;
+}
+
+std::string VantrelWhere(HMODULE rptset) {
+    int method = -1;
+    if (GetVntMethod(rptset, &method) != 0)
+        return "the remote report service (its method cannot be read)";
+    const auto orUnset = [](const std::string& text) {
+        return text.empty() ? std::string("(not set)") : text;
+    };
+    switch (method) {
+        case VANTREL_INTERNETMAIL: {
+            char to[VNT_MAILTO_SIZE] = {};
+            ReadVntTo(rptset, to);
+            return "internet mail to " + orUnset(to);
+        }
+        case VANTREL_DIALUP: {
+            VntDialData dial{};
+            const bool read = GetDialUpParam(rptset, &dial).ok();
+            return "dial-up to " + orUnset(read ? dial.PhoneNo1 : "");
+        }
+        case VANTREL_TRANSTOMANAGER: {
+            char ip[VNT_MAILTO_SIZE] = {};
+            std::uint32_t port = 0;
+            if (!ReadManagerIP(rptset, ip).ok())
+                return "via the manager (not set)";
+            ReadManagerPort(rptset, &port);
+            return "via the manager " + std::string(ip) + " port " + std::to_string(port);
+        }
+        case VANTREL_HTTPS:
+            return "HTTPS to " + orUnset(ReadStoreText(ZOL_KEY_HTTPS_SETTING, "HTTPD1URL"));
+        default:
+            return "the remote report service (unknown method " + std::to_string(method) + ")";
+    }
 }
 
 std::string ActionText(int action) {

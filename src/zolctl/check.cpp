@@ -242,16 +242,6 @@ bool VantrelSwitchedOn(HMODULE rptset, int method) {
     return InitBaseSetting(rptset, &record) == 0 && record.Enable == 1;
 }
 
-std::string ReadText(const char* key, const char* value) {
-    char data[REG_TEXT_SIZE] = {};
-    DWORD type = 0;
-    DWORD size = sizeof data - 1;
-    if (!RegReadEx(HKEY_LOCAL_MACHINE, key, value, &type, &size, reinterpret_cast<BYTE*>(data)) ||
-        type != REG_SZ)
-        return {};
-    return data;
-}
-
 // The settings the switched-on method needs before it can deliver anything.
 void CheckVantrelMethodSettings(HMODULE rptset, int method, Findings& out) {
     if (method == VANTREL_INTERNETMAIL) {
@@ -278,7 +268,7 @@ void CheckVantrelMethodSettings(HMODULE rptset, int method, Findings& out) {
             out.push_back({kHKLM + ZOL_KEY_VANTREL_ADDRESS + "\\ManagerIP", "",
                            "the service reports via the manager but has no manager address"});
     } else if (method == VANTREL_HTTPS) {
-        if (ReadText(ZOL_KEY_HTTPS_SETTING, "HTTPD1URL").empty())
+        if (ReadStoreText(ZOL_KEY_HTTPS_SETTING, "HTTPD1URL").empty())
             out.push_back({kHKLM + ZOL_KEY_HTTPS_SETTING + "\\HTTPD1URL", "",
                            "the service reports over HTTPS but has no first URL"});
     }

@@ -37,7 +37,7 @@ std::string Where(HMODULE rptset, const Destination& d) {
             return count == 0 ? "no trap destination set" : where;
         }
         case DestMethod::Vantrel:
-            return "the remote report service";
+            return VantrelWhere(rptset);
         case DestMethod::Other:
             break;
     }

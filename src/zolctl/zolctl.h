@@ -86,6 +86,12 @@ bool EqualsNoCase(std::string_view a, std::string_view b);
 std::string HoursText(HMODULE dscopy, std::uint32_t mask);
 // The registry path of an event's or item's key and of its Dest subkey.
 std::string MonitoredKey(const Monitored& entry);
+// A REG_SZ value read directly (as the screens read the HTTPS URLs); empty when it is missing,
+// of another type or longer than REG_TEXT_SIZE bytes.
+std::string ReadStoreText(const char* key, const char* value);
+// Where the remote report service sends its reports by its stored method: "internet mail to
+// <ETo>", "dial-up to <PhoneNo1>", "via the manager <ip> port <port>", "HTTPS to <HTTPD1URL>".
+std::string VantrelWhere(HMODULE rptset);
 // The action after a report: "none", "shutdown", "reboot".
 std::string ActionText(int action);
 // The handling method text; the marker of "never set" becomes empty.

@@ -304,6 +304,19 @@ TEST(ZolctlRoute, EventToTwoDestinationsWithTheirHours) {
     r = zolctl(root, {"route", "ZolThermal", "80000004"});
     EXPECT_EQ(r.status, 1);
     EXPECT_NE(r.out.find("  not reported to any destination\n"), std::string::npos) << r.out;
+    // The remote report service's ID goes where the service's method sends.
+    import(root, "[" + kAlertMan +
+                     "\\AgentEvent\\ZolThermal\\80000004\\Dest]\n"
+                     "\"VantrelReport\"=dword:00000001\n[" +
+                     kIDList +
+                     "\\VantrelReport\\Address]\n"
+                     "\"ETo\"=\"centre@example.com\"\n");
+    r = zolctl(root, {"route", "ZolThermal", "80000004"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_NE(r.out.find("\n  VantrelReport: VANTRELREPORT, internet mail to centre@example.com; "
+                         "hours 0-23;"),
+              std::string::npos)
+        << r.out;
     r = zolctl(root, {"route", "ZolDisk", "C9999999"});
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "no agent event ZolDisk C9999999 in the catalogue: not reported\n");
