@@ -595,6 +595,29 @@ bool isHelp(std::string_view arg) {
     return arg == "--help" || arg == "-h" || arg == "/?";
 }
 
+// One command line, from the verb's name to its exit status; failures are thrown.
+int runVerb(int argc, char** argv) {
+    if (argc < 2)
+        throw UsageError("no command given");
+    if (isHelp(argv[1])) {
+        writeOut(kUsage);
+        return 0;
+    }
+    const std::string verbName = lower(argv[1]);
+    for (const Verb& verb : kVerbs) {
+        if (verb.name != verbName)
+            continue;
+        Args args = parseArgs(verb, argc, argv);
+        // import and init read files whose bytes are the store's; check takes no text.
+        if (listed(verb.flags, "/raw")) {
+            args.codec = TextCodec::forLocale(args.has("/raw"));
+            toStoreEncoding(args);
+        }
+        return verb.run(args);
+    }
+    throw UsageError("unknown command " + std::string(argv[1]));
+}
+
 }  // namespace
 
 int runTool(int argc, char** argv) {
@@ -602,25 +625,7 @@ int runTool(int argc, char** argv) {
     std::setlocale(LC_ALL, "");
     try {
         try {
-            if (argc < 2)
-                throw UsageError("no command given");
-            if (isHelp(argv[1])) {
-                writeOut(kUsage);
-                return 0;
-            }
-            std::string verbName = lower(argv[1]);
-            for (const Verb& verb : kVerbs) {
-                if (verb.name != verbName)
-                    continue;
-                Args args = parseArgs(verb, argc, argv);
-                // import and init read files whose bytes are the store's; check takes no text.
-                if (listed(verb.flags, "/raw")) {
-                    args.codec = TextCodec::forLocale(args.has("/raw"));
-                    toStoreEncoding(args);
-                }
-                return verb.run(args);
-            }
-            throw UsageError("unknown command " + std::string(argv[1]));
+            return runVerb(argc, argv);
         } catch (const UsageError& e) {
             std::fprintf(stderr, "zolreg: %s\n%.*s", e.what(), static_cast<int>(kUsage.size()),
                          kUsage.data());
