@@ -52,7 +52,8 @@ else()
     string(APPEND CMAKE_MODULE_LINKER_FLAGS " -Wl,--exclude-libs,ALL")
 endif()
 
-# Programs of the product root go to bin/ and find libzolwin.so in ../lib.
+# Programs of the product root go to bin/ and find libzolwin.so in ../lib; an installed system
+# links each from /usr/sbin (cmake/Package.cmake).
 function(zol_product_program target)
     set_target_properties(${target} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin
@@ -60,6 +61,7 @@ function(zol_product_program target)
         INSTALL_RPATH "$ORIGIN/../lib")
     install(TARGETS ${target} RUNTIME DESTINATION bin)
     set_property(GLOBAL APPEND PROPERTY ZOL_PRODUCT_TARGETS ${target})
+    set_property(GLOBAL APPEND PROPERTY ZOL_PRODUCT_PROGRAMS ${target})
 endfunction()
 
 # A service library is loaded by file name ("rptset.dll") from lib/; dlopen ignores the suffix.
@@ -78,6 +80,10 @@ function(zol_service_library target file)
     if(NOT ZOL_SANITIZE)
         target_link_options(${target} PRIVATE -Wl,--no-undefined)
     endif()
+    # A library that calls only the platform layer would lose libc to --as-needed; Debian wants
+    # every shared object to name the C library it runs with.
+    # One linker option: the compiler driver drops a -lc of its own.
+    target_link_libraries(${target} PRIVATE "-Wl,--push-state,--no-as-needed,-lc,--pop-state")
     install(TARGETS ${target} LIBRARY DESTINATION lib)
     set_property(GLOBAL APPEND PROPERTY ZOL_PRODUCT_TARGETS ${target})
 endfunction()

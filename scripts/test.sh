@@ -2,7 +2,8 @@
 # Builds ZOLamsadm and passes every test: formatting check, the normal build, then the
 # AddressSanitizer + UndefinedBehaviorSanitizer build. Benchmarks are built but not run. A Release
 # build (-O3, where GCC warns about things -O2 never sees) is built too, without running its
-# tests again, so that every build type stays warning-free.
+# tests again, so that every build type stays warning-free. The normal build's tests also build the
+# Debian package (cpack, tests/package), check it with lintian and run it from a scratch root.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/deps.sh

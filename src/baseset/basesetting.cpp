@@ -11,6 +11,7 @@
 #include "frame/msgfile.h"
 #include "frame/screens.h"
 #include "ui/dialog.h"
+#include "ui/palette.h"
 #include "ui/toolkit.h"
 
 // ---- The base-setting menu ----
@@ -18,7 +19,8 @@
 namespace {
 
 // The remote report base screen is drawn with newt's textbox colours set to black on light gray;
-// the product's own textbox colours come back however that screen ends.
+// the screen's own textbox colours (the administrator's, if NEWT_COLORS names them) come back
+// however that screen ends.
 class VantrelTextboxColours {
   public:
     VantrelTextboxColours() {
@@ -26,8 +28,8 @@ class VantrelTextboxColours {
                        const_cast<char*>("lightgray"));
     }
     ~VantrelTextboxColours() {
-        SLtt_set_color(NEWT_COLORSET_TEXTBOX, nullptr, const_cast<char*>("blue"),
-                       const_cast<char*>("lightgray"));
+        const newtColors& palette = zolui::StartupPalette();
+        SLtt_set_color(NEWT_COLORSET_TEXTBOX, nullptr, palette.textboxFg, palette.textboxBg);
     }
     VantrelTextboxColours(const VantrelTextboxColours&) = delete;
     VantrelTextboxColours& operator=(const VantrelTextboxColours&) = delete;

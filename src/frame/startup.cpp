@@ -9,6 +9,7 @@
 
 #include "frame/msgfile.h"
 #include "frame/textformat.h"
+#include "ui/palette.h"
 #include "ui/terminal_events.h"
 #include "ui/toolkit.h"
 
@@ -25,7 +26,8 @@ void NewtStartUp() {
     newtInit();
     // From here a new size redraws the screen and SIGTERM or SIGHUP closes it properly.
     zolui::watchTerminal();
-    newtSetColors(myColors);
+    // The product's palette, with the administrator's NEWT_COLORS over it (ui/palette.h).
+    newtSetColors(zolui::StartupPalette());
     newtCls();
     // newt keeps its own copy of the help line.
     newtPushHelpLine(

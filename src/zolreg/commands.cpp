@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cerrno>
+#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,6 +18,7 @@
 #include <new>
 #include <sstream>
 
+#include "encoding.h"
 #include "regfile.h"
 #include "regtext.h"
 #include "store.h"
@@ -30,15 +32,17 @@ namespace {
 constexpr std::string_view kDone = "The operation completed successfully.\n";
 
 constexpr std::string_view kUsage =
-    "usage: zolreg query KEY [/v NAME | /ve] [/s]\n"
-    "       zolreg add KEY [/v NAME | /ve] [/t TYPE] [/d DATA] [/f]\n"
-    "       zolreg delete KEY [/v NAME | /ve | /va] [/f]\n"
-    "       zolreg export KEY FILE [/y]\n"
+    "usage: zolreg query KEY [/v NAME | /ve] [/s] [/raw]\n"
+    "       zolreg add KEY [/v NAME | /ve] [/t TYPE] [/d DATA] [/f] [/raw]\n"
+    "       zolreg delete KEY [/v NAME | /ve | /va] [/f] [/raw]\n"
+    "       zolreg export KEY FILE [/y] [/raw]\n"
     "       zolreg import FILE\n"
     "       zolreg init [/f]\n"
     "       zolreg check\n"
     "KEY is HKLM\\path or HKEY_LOCAL_MACHINE\\path; TYPE is REG_SZ (default), REG_EXPAND_SZ,\n"
-    "REG_DWORD, REG_BINARY, REG_MULTI_SZ or REG_NONE.\n";
+    "REG_DWORD, REG_BINARY, REG_MULTI_SZ or REG_NONE. Texts are converted between the store's\n"
+    "EUC-JP and the locale's encoding; /raw passes the bytes unchanged. Passwords are never "
+    "shown.\n";
 
 // A wrong command line: one line saying what is wrong, then the usage.
 class UsageError : public std::runtime_error {
@@ -49,6 +53,7 @@ class UsageError : public std::runtime_error {
 struct Args {
     std::vector<std::string> positional;
     std::map<std::string, std::string> options;  // "/v" -> NAME; flags map to ""
+    TextCodec codec{std::string()};              // the terminal's encoding <-> the store's
 
     bool has(const std::string& option) const { return options.count(option) != 0; }
     const std::string& get(const std::string& option) const { return options.at(option); }
@@ -86,8 +91,10 @@ std::string lower(std::string_view s) {
     return out;
 }
 
-// Options are short ("/v", "/ve"); anything longer that starts with / is a file path.
+// Options are short ("/v", "/ve") or /raw; anything else that starts with / is a file path.
 bool looksLikeOption(std::string_view arg) {
+    if (lower(arg) == "/raw")
+        return true;
     if (arg.size() < 2 || arg.size() > 3 || arg.front() != '/')
         return false;
     for (char c : arg.substr(1)) {
@@ -221,21 +228,52 @@ void writeFileAtomically(const std::string& file, const std::string& text) {
 
 // ---- query ----
 
-std::string keyBlock(const Key& key, const std::optional<std::string>& only, bool& matched) {
-    std::string out = longPath(key.path()) + "\n";
+// What query shows: stored texts in the terminal's encoding (a text that is no EUC-JP as
+// stored, with a warning at the end), passwords never.
+class Display {
+  public:
+    explicit Display(const TextCodec& codec) : codec_(codec) {}
+
+    std::string text(std::string_view stored, std::string_view where) {
+        if (std::optional<std::string> shown = codec_.toTerminal(stored))
+            return *shown;
+        warnings_ +=
+            "zolreg: warning: " + std::string(where) + " is not EUC-JP text; shown as stored\n";
+        return std::string(stored);
+    }
+    std::string path(std::string_view sub) { return text(longPath(sub), longPath(sub)); }
+    std::string line(std::string_view sub, const Value& value) {
+        const std::string where = shortPath(sub) + " " + valueLabel(value.name);
+        const std::string name = text(value.name, where);
+        if (isPasswordValue(value.name))
+            return queryLine(name, value.type, {}) + "(hidden)";
+        const bool isText =
+            value.type == REG_SZ || value.type == REG_EXPAND_SZ || value.type == REG_MULTI_SZ;
+        return queryLine(name, value.type, isText ? text(value.data, where) : value.data);
+    }
+    const std::string& warnings() const { return warnings_; }
+
+  private:
+    const TextCodec& codec_;
+    std::string warnings_;
+};
+
+std::string keyBlock(const Key& key, const std::optional<std::string>& only, bool& matched,
+                     Display& display) {
+    std::string out = display.path(key.path()) + "\n";
     matched = false;
     if (only) {
         // Found among all values so that the name shows as stored, not as typed.
         for (const Value& value : key.values()) {
             if (equalsNoCase(value.name, *only)) {
-                out += queryLine(value.name, value.type, value.data) + "\n";
+                out += display.line(key.path(), value) + "\n";
                 matched = true;
                 break;
             }
         }
     } else {
         for (const Value& value : key.values()) {
-            out += queryLine(value.name, value.type, value.data) + "\n";
+            out += display.line(key.path(), value) + "\n";
         }
         matched = true;
     }
@@ -243,15 +281,15 @@ std::string keyBlock(const Key& key, const std::optional<std::string>& only, boo
 }
 
 void queryTree(const Key& key, const std::optional<std::string>& only, std::string& out,
-               int& matches) {
+               int& matches, Display& display) {
     bool matched = false;
-    std::string block = keyBlock(key, only, matched);
+    std::string block = keyBlock(key, only, matched, display);
     if (matched) {
         out += block;
         ++matches;
     }
     for (const std::string& name : key.subKeyNames()) {
-        queryTree(Key::open(childPath(key.path(), name), KEY_READ), only, out, matches);
+        queryTree(Key::open(childPath(key.path(), name), KEY_READ), only, out, matches, display);
     }
 }
 
@@ -259,29 +297,32 @@ int cmdQuery(const Args& args) {
     std::string sub = keyArg(args.positional[0]);
     std::optional<std::string> only = valueArg(args);
     Key key = Key::open(sub, KEY_READ);
+    Display display(args.codec);
     std::string out;
     if (args.has("/s")) {
         int matches = 0;
-        queryTree(key, only, out, matches);
+        queryTree(key, only, out, matches, display);
         if (only && matches == 0)
             check(ERROR_FILE_NOT_FOUND, sub, only);
     } else if (only) {
         bool matched = false;
-        out = keyBlock(key, only, matched);
+        out = keyBlock(key, only, matched, display);
         if (!matched && !only->empty())
             check(ERROR_FILE_NOT_FOUND, sub, only);
         if (!matched) {
             // reg.exe shows an unset default value this way rather than failing.
-            out = longPath(sub) + "\n    (Default)    REG_SZ    (value not set)\n\n";
+            out = display.path(sub) + "\n    (Default)    REG_SZ    (value not set)\n\n";
         }
     } else {
         bool matched = false;
-        out = keyBlock(key, only, matched);
+        out = keyBlock(key, only, matched, display);
         for (const std::string& name : key.subKeyNames()) {
-            out += longPath(childPath(sub, name)) + "\n";
+            out += display.path(childPath(sub, name)) + "\n";
         }
     }
     writeOut(out);
+    if (!display.warnings().empty())
+        std::fputs(display.warnings().c_str(), stderr);
     return 0;
 }
 
@@ -521,28 +562,70 @@ int cmdCheck(const Args&) {
 }
 
 constexpr std::array<Verb, 7> kVerbs{{
-    {"query", 1, "/ve /s", "/v", cmdQuery},
-    {"add", 1, "/ve /f", "/v /t /d", cmdAdd},
-    {"delete", 1, "/ve /va /f", "/v", cmdDelete},
-    {"export", 2, "/y", "", cmdExport},
+    {"query", 1, "/ve /s /raw", "/v", cmdQuery},
+    {"add", 1, "/ve /f /raw", "/v /t /d", cmdAdd},
+    {"delete", 1, "/ve /va /f /raw", "/v", cmdDelete},
+    {"export", 2, "/y /raw", "", cmdExport},
     {"import", 1, "", "", cmdImport},
     {"init", 0, "/f", "", cmdInit},
     {"check", 0, "", "", cmdCheck},
 }};
 
+// Key paths, value names and data typed on the command line, in the store's encoding. A text
+// that does not convert is refused whole: nothing half converted reaches the store.
+void toStoreEncoding(Args& args) {
+    const auto convert = [&args](std::string& text, const std::string& what) {
+        std::string why;
+        std::optional<std::string> stored = args.codec.toStore(text, why);
+        if (!stored) {
+            throw ToolError(what + " " + why + "; nothing was changed (/raw passes the bytes " +
+                            "as given)");
+        }
+        text = std::move(*stored);
+    };
+    if (!args.positional.empty())
+        convert(args.positional[0], "the key");
+    for (const char* option : {"/v", "/d"}) {
+        if (auto it = args.options.find(option); it != args.options.end())
+            convert(it->second, std::string("the text after ") + option);
+    }
+}
+
+bool isHelp(std::string_view arg) {
+    return arg == "--help" || arg == "-h" || arg == "/?";
+}
+
+// One command line, from the verb's name to its exit status; failures are thrown.
+int runVerb(int argc, char** argv) {
+    if (argc < 2)
+        throw UsageError("no command given");
+    if (isHelp(argv[1])) {
+        writeOut(kUsage);
+        return 0;
+    }
+    const std::string verbName = lower(argv[1]);
+    for (const Verb& verb : kVerbs) {
+        if (verb.name != verbName)
+            continue;
+        Args args = parseArgs(verb, argc, argv);
+        // import and init read files whose bytes are the store's; check takes no text.
+        if (listed(verb.flags, "/raw")) {
+            args.codec = TextCodec::forLocale(args.has("/raw"));
+            toStoreEncoding(args);
+        }
+        return verb.run(args);
+    }
+    throw UsageError("unknown command " + std::string(argv[1]));
+}
+
 }  // namespace
 
 int runTool(int argc, char** argv) {
+    // Texts typed and shown are in the locale's encoding (LC_ALL, LC_CTYPE, LANG).
+    std::setlocale(LC_ALL, "");
     try {
         try {
-            if (argc < 2)
-                throw UsageError("no command given");
-            std::string verbName = lower(argv[1]);
-            for (const Verb& verb : kVerbs) {
-                if (verb.name == verbName)
-                    return verb.run(parseArgs(verb, argc, argv));
-            }
-            throw UsageError("unknown command " + std::string(argv[1]));
+            return runVerb(argc, argv);
         } catch (const UsageError& e) {
             std::fprintf(stderr, "zolreg: %s\n%.*s", e.what(), static_cast<int>(kUsage.size()),
                          kUsage.data());

@@ -82,7 +82,8 @@ std::string traceDump(const zoltest::ProductRoot& root) {
 void zolreg(const zoltest::ProductRoot& root, const std::vector<std::string>& args) {
     std::vector<std::string> argv{root.bin("zolreg").string()};
     argv.insert(argv.end(), args.begin(), args.end());
-    const zoltest::RunResult r = zoltest::run(argv, root.env());
+    // In the C locale zolreg stores the bytes given, whatever the locale the tests run under.
+    const zoltest::RunResult r = zoltest::run(argv, root.env({{"LC_ALL", "C"}}));
     ASSERT_EQ(r.status, 0) << "zolreg failed: " << r.err;
 }
 

@@ -509,6 +509,34 @@ bool Terminal::isBold(int row, int col) const {
     return vterm_screen_get_cell(emu_->screen, VTermPos{row, col}, &cell) && cell.attrs.bold;
 }
 
+namespace {
+
+int colourIndex(const VTermColor& colour, bool isDefault) {
+    if (isDefault || !VTERM_COLOR_IS_INDEXED(&colour))
+        return -1;
+    return colour.indexed.idx;
+}
+
+}  // namespace
+
+int Terminal::foreground(int row, int col) const {
+    VTermScreenCell cell{};
+    if (row < 0 || row >= rows_ || col < 0 || col >= cols_ ||
+        !vterm_screen_get_cell(emu_->screen, VTermPos{row, col}, &cell)) {
+        return -1;
+    }
+    return colourIndex(cell.fg, VTERM_COLOR_IS_DEFAULT_FG(&cell.fg));
+}
+
+int Terminal::background(int row, int col) const {
+    VTermScreenCell cell{};
+    if (row < 0 || row >= rows_ || col < 0 || col >= cols_ ||
+        !vterm_screen_get_cell(emu_->screen, VTermPos{row, col}, &cell)) {
+        return -1;
+    }
+    return colourIndex(cell.bg, VTERM_COLOR_IS_DEFAULT_BG(&cell.bg));
+}
+
 std::pair<int, int> Terminal::cursor() const {
     VTermPos pos{};
     vterm_state_get_cursorpos(vterm_obtain_state(emu_->vt.get()), &pos);

@@ -87,6 +87,10 @@ class Terminal {
     std::string reverseText() const;
     bool isReverse(int row, int col) const;
     bool isBold(int row, int col) const;
+    // The cell's colours as indexes of the terminal's palette (0 black, 1 red, 2 green, 3 brown,
+    // 4 blue, ..., 7 light gray, 8-15 the bright ones); -1 for the terminal's default colour.
+    int foreground(int row, int col) const;
+    int background(int row, int col) const;
     std::pair<int, int> cursor() const;  // {row, col}
     std::string rawOutput() const { return raw_; }
     // The whole screen framed with row numbers, plus cursor, reverse text and the child's state,

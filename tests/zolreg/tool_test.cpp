@@ -169,9 +169,9 @@ TEST(ZolregAddDelete, ConfirmationsAndData) {
 TEST(ZolregExportImport, RoundTripIsByteIdentical) {
     ProductRoot source;
     const std::string key = "HKLM\\SOFTWARE\\Copy";
-    const std::string euc = "\xC6\xFC\xCB\xDC\xB8\xEC";  // EUC-JP bytes pass through as they are
+    const std::string euc = "\xC6\xFC\xCB\xDC\xB8\xEC";  // EUC-JP bytes, stored raw
     expectOk(zolreg(source, {"add", key, "/ve", "/d", "q\"uote\\back"}));
-    expectOk(zolreg(source, {"add", key, "/v", euc, "/d", euc}));
+    expectOk(zolreg(source, {"add", key, "/v", euc, "/d", euc, "/raw"}));
     expectOk(zolreg(source, {"add", key, "/v", "Dw", "/t", "REG_DWORD", "/d", "4294967295"}));
     const std::string longHex(200, 'c');
     expectOk(zolreg(source, {"add", key, "/v", "Long", "/t", "REG_BINARY", "/d", longHex}));
