@@ -3,6 +3,7 @@
 // each failure's result and text.
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <string>
 
 #include "net_fixture.h"
@@ -12,6 +13,13 @@ namespace nettest {
 namespace {
 
 constexpr const char* kLib = "vnthttps.dll";
+
+int Occurrences(const std::string& text, const std::string& part) {
+    int count = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size())
+        ++count;
+    return count;
+}
 constexpr const char* kEntry = "GUIVntReport";
 const std::string kHttps = ZOL_KEY_HTTPS_SETTING;
 
@@ -80,6 +88,27 @@ TEST_F(HttpsDeliveryTest, FirstUrlThenSecondWhenTheSettingsSaySo) {
     EXPECT_NE(headers.find("Content-Type: text/plain; charset=UTF-8"), std::string::npos);
     EXPECT_NE(headers.find("X-ZOLVNT-Kind: T2"), std::string::npos) << headers;
     EXPECT_EQ(second.bodies().front().rfind("Subject: ", 0), 0u) << second.bodies().front();
+
+    // One alert-log line per report, sent or not, with its kind, the method and the result.
+    const std::string log = AlertLog();
+    EXPECT_EQ(Occurrences(log, "\tVantrelReport\t"), std::size(cases) + 1) << log;
+    EXPECT_EQ(Occurrences(log, "\tVantrelReport\tT2\tHTTPS\t\t0"), 1) << log;
+    EXPECT_EQ(Occurrences(log, "\tVantrelReport\tE\tHTTPS\t\t1"), 2) << log;
+}
+
+// A Japanese report arrives legible: the store's EUC-JP texts as UTF-8.
+TEST_F(HttpsDeliveryTest, JapaneseReportArrivesAsUtf8) {
+    HttpsServer server(ca_);
+    Settings(server.url(), "", 0);
+    const std::string kSetting = ZOL_KEY_VNT_SETTING;
+    ASSERT_EQ(store_.setDword(kSetting, "VntLang", 1041), 0);
+    ASSERT_EQ(store_.setText(kSetting, "TOKUINMN", "\xA5\xC6\xA5\xB9\xA5\xC8"), 0);  // テスト
+    const Outcome o = Call(kLib, kEntry, "E");
+    ASSERT_EQ(o.result, 0u) << o.text;
+    ASSERT_TRUE(server.waitForPosts(1));
+    const std::string body = server.bodies().front();
+    EXPECT_NE(body.find("TOKUINMN=\u30c6\u30b9\u30c8\r\n"), std::string::npos) << body;
+    EXPECT_NE(body.find("LANG=JA\r\n"), std::string::npos) << body;
 }
 
 TEST_F(HttpsDeliveryTest, ThroughTheProxyWhenOneIsSet) {

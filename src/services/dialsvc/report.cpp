@@ -16,12 +16,12 @@
 
 namespace {
 
-constexpr const char* kMethod = "dial-up";
+constexpr const char* kMethod = "Dial-up";
 constexpr uint32_t kRefused = 4;
 
 std::optional<VntDialData> DialSettings(std::string* why) {
-    const vntwire::ServiceLibrary rptset("rptset.dll");
-    auto* get = rptset.bind<AMGetDialUpSetting_fn>("AMGetDialUpSetting");
+    const vntreport::ProductLibrary rptset("rptset.dll");
+    auto* get = rptset.Entry<AMGetDialUpSetting_fn>("AMGetDialUpSetting");
     VntDialData settings{};
     if (get == nullptr || get(&settings) != 0) {
         *why = "the dial-up settings cannot be read";

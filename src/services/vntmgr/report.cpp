@@ -18,15 +18,15 @@
 
 namespace {
 
-constexpr const char* kMethod = "via the manager";
+constexpr const char* kMethod = "TransToManager";
 constexpr const char* kStatusValue = "ManVntStatus";
 constexpr uint32_t kRefused = 4;
 
 // The manager of the via-manager settings, or nullopt with the administrator's text.
 std::optional<vntmgr::ManagerTarget> ManagerFromSettings(std::string* why) {
-    const vntwire::ServiceLibrary rptset("rptset.dll");
-    auto* getIp = rptset.bind<GetManagerIP_fn>("GetManagerIP");
-    auto* getPort = rptset.bind<GetManagerPort_fn>("GetManagerPort");
+    const vntreport::ProductLibrary rptset("rptset.dll");
+    auto* getIp = rptset.Entry<GetManagerIP_fn>("GetManagerIP");
+    auto* getPort = rptset.Entry<GetManagerPort_fn>("GetManagerPort");
     if (getIp == nullptr || getPort == nullptr) {
         *why = "the via-manager settings cannot be read (rptset.dll)";
         return std::nullopt;

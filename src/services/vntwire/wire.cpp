@@ -8,14 +8,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <string>
-#include <vector>
 
 namespace vntwire {
 
 namespace {
 
 constexpr std::size_t kReadChunk = 512;
-constexpr std::size_t kRootPathSize = 4096;
 
 int MillisecondsUntil(Clock::time_point deadline) {
     const auto left =
@@ -131,24 +129,6 @@ Answer ParseAnswer(std::string_view line) {
     if (word("NAK ") || line == "NAK")
         return {Answer::Kind::Nak, std::string(line.substr(std::min<std::size_t>(4, line.size())))};
     return {Answer::Kind::Unknown, std::string(line)};
-}
-
-ServiceLibrary::ServiceLibrary(const char* file) {
-    std::vector<char> root(kRootPathSize, '\0');
-    if (!GetZolRootPath(root.data(), static_cast<DWORD>(root.size()))) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "GetZolRootPath failed.");
-        return;
-    }
-    const std::string path = std::string(root.data()) + "/lib/" + file;
-    lib_ = LoadLibrary(path.c_str());
-    if (lib_ == nullptr)
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "LoadLibrary(%s) failed: %s", path.c_str(),
-                  ZolLastLoadError());
-}
-
-ServiceLibrary::~ServiceLibrary() {
-    if (lib_ != nullptr)
-        FreeLibrary(lib_);
 }
 
 }  // namespace vntwire

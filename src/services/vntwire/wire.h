@@ -1,6 +1,6 @@
 // The remote report service's own line protocol and what its transports share: a report frame
 // ("ZOLVNT/1 <kind> <length>" and the payload), reads and writes of a descriptor that end at a
-// deadline, and another service library loaded from the product root for its settings.
+// deadline.
 #pragma once
 
 #include <zolwin.h>
@@ -72,25 +72,5 @@ struct Answer {
     std::string detail;  // the kind acknowledged, the reason of a refusal, or the line itself
 };
 Answer ParseAnswer(std::string_view line);
-
-// Another of the agent's service libraries, loaded from "%ZolDir%/lib/<file>" and released when
-// this goes.
-class ServiceLibrary {
-  public:
-    explicit ServiceLibrary(const char* file);
-    ~ServiceLibrary();
-    ServiceLibrary(const ServiceLibrary&) = delete;
-    ServiceLibrary& operator=(const ServiceLibrary&) = delete;
-
-    bool loaded() const { return lib_ != nullptr; }
-    // The entry by name, or null (also when the library is not loaded).
-    template <typename Fn>
-    Fn* bind(const char* name) const {
-        return lib_ ? reinterpret_cast<Fn*>(GetProcAddress(lib_, name)) : nullptr;
-    }
-
-  private:
-    HMODULE lib_ = nullptr;
-};
 
 }  // namespace vntwire
