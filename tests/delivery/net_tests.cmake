@@ -10,3 +10,9 @@ zol_add_test(net_delivery_test
     ${CMAKE_CURRENT_LIST_DIR}/manager_delivery_test.cpp
     ${CMAKE_CURRENT_LIST_DIR}/dialup_delivery_test.cpp)
 target_link_libraries(net_delivery_test PRIVATE netdeliverytest zolrecords)
+
+# The same deliveries reached through ZOLamsadm in a pseudo-terminal.
+if(TARGET zolscreentest)
+    zol_add_test(net_screen_test ${CMAKE_CURRENT_LIST_DIR}/net_screen_test.cpp)
+    target_link_libraries(net_screen_test PRIVATE netdeliverytest zolscreentest)
+endif()
