@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(build-essential cmake ninja-build pkg-config
           libnewt-dev libslang2-dev libsqlite3-dev sqlite3
           libvterm-dev googletest libgtest-dev libgmock-dev libbenchmark-dev
-          whiptail clang-format locales)
+          whiptail clang-format locales
+          libcurl4-openssl-dev openssl python3-aiosmtpd dovecot-core dovecot-pop3d)
 
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
