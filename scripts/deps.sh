@@ -7,7 +7,8 @@ packages=(build-essential cmake ninja-build pkg-config
           libnewt-dev libslang2-dev libsqlite3-dev sqlite3
           libvterm-dev googletest libgtest-dev libgmock-dev libbenchmark-dev
           whiptail clang-format locales
-          libcurl4-openssl-dev openssl python3-aiosmtpd dovecot-core dovecot-pop3d)
+          libcurl4-openssl-dev openssl python3-aiosmtpd dovecot-core dovecot-pop3d
+          tinyproxy)
 
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
