@@ -146,6 +146,8 @@ TEST_F(HttpsDeliveryTest, RefusalsSayWhatFailed) {
          "the HTTPS server's certificate is not trusted"},
         {"HTTP error status", refusing.url(), "answered with status 503"},
         {"not an https URL", "http://127.0.0.1:1/r", "not a valid https:// URL"},
+        {"unknown host", "https://zol-no-such-host.invalid/r",
+         "unknown host zol-no-such-host.invalid"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -155,6 +157,14 @@ TEST_F(HttpsDeliveryTest, RefusalsSayWhatFailed) {
         EXPECT_NE(o.text.find(c.text), std::string::npos) << o.text;
     }
     EXPECT_TRUE(unknownCa.bodies().empty());
+    // A proxy host that does not resolve.
+    Settings(refusing.url(), "", 0, 3128);
+    ASSERT_EQ(store_.setText(kHttps, "ProxyAddr", "zol-no-such-proxy.invalid"), 0);
+    const Outcome noProxy = Call(kLib, kEntry, "E");
+    EXPECT_EQ(noProxy.result, 4u);
+    EXPECT_NE(noProxy.text.find("unknown proxy host zol-no-such-proxy.invalid"), std::string::npos)
+        << noProxy.text;
+    EXPECT_EQ(refusing.bodies().size(), 1u);  // the 503 case's post only
 
     // A refusal of the first URL and a good second one: sent.
     Settings(unknownCa.url(), refusing.url(), 1);

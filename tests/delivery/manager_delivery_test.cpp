@@ -3,11 +3,14 @@
 // ManVntStatus after each.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "net_fixture.h"
 #include "net_servers.h"
+#include "rptset_api.h"
 
 namespace nettest {
 namespace {
@@ -87,6 +90,51 @@ TEST_F(ManagerDeliveryTest, FailuresGiveTheirResultAndClearTheStatus) {
     EXPECT_EQ(none.result, 4u);
     EXPECT_NE(none.text.find("no manager address is set"), std::string::npos) << none.text;
     EXPECT_EQ(Status(), 0u);
+}
+
+// The test, critical-test and opening reports of rptset.dll go through the selected method: with
+// the via-manager method they reach the manager, and the opening report marks EOpening.
+TEST_F(ManagerDeliveryTest, TestAndOpeningReportsReachTheManager) {
+    ASSERT_EQ(store_.setDword(ZOL_KEY_VNTSERVICE, "MethodType", 2), 0);
+    ASSERT_EQ(store_.setDword(kAddress, "EOpening", 0), 0);
+    const std::string lib = (root_.path() / "lib" / "rptset.dll").string();
+    struct Release {
+        void operator()(void* m) const { FreeLibrary(static_cast<HMODULE>(m)); }
+    };
+    const std::unique_ptr<void, Release> rptset(LoadLibrary(lib.c_str()));
+    ASSERT_NE(rptset, nullptr) << ZolLastLoadError();
+    const auto bind = [&](const char* name) {
+        return GetProcAddress(static_cast<HMODULE>(rptset.get()), name);
+    };
+    auto* test = reinterpret_cast<AMAMVantrelTestReport_fn*>(bind("AMAMVantrelTestReport"));
+    auto* fatal = reinterpret_cast<TestFatalReport_fn*>(bind("TestFatalReport"));
+    auto* opening =
+        reinterpret_cast<AMAMVantrelOpeningReport_fn*>(bind("AMAMVantrelOpeningReport"));
+    ASSERT_TRUE(test && fatal && opening);
+
+    ManagerListener manager("ACK T");
+    Manager(manager.port());
+    char* text = nullptr;
+    EXPECT_EQ(test("VANTRELREPORT(TRANSTOMANAGER)", &text), 0) << (text ? text : "");
+    std::free(text);
+    text = nullptr;
+    // The manager acknowledges "T" only: the critical test is refused with the manager's answer.
+    EXPECT_EQ(fatal("VANTRELREPORT(TRANSTOMANAGER)", &text), 4);
+    EXPECT_NE(std::string(text ? text : "").find("ACK T"), std::string::npos);
+    std::free(text);
+    text = nullptr;
+    EXPECT_EQ(store_.dword(kAddress, "EOpening"), 0u);
+    ManagerListener opens("ACK O");
+    Manager(opens.port());
+    EXPECT_EQ(opening(&text), 0) << (text ? text : "");
+    std::free(text);
+    EXPECT_EQ(store_.dword(kAddress, "EOpening"), 1u);
+
+    ASSERT_EQ(manager.frames().size(), 2u);
+    EXPECT_EQ(manager.frames()[0].rfind("ZOLVNT/1 T ", 0), 0u);
+    EXPECT_EQ(manager.frames()[1].rfind("ZOLVNT/1 TF ", 0), 0u);
+    ASSERT_EQ(opens.frames().size(), 1u);
+    EXPECT_EQ(opens.frames()[0].rfind("ZOLVNT/1 O ", 0), 0u);
 }
 
 }  // namespace
