@@ -3,6 +3,9 @@
 // CONNECT, the secondary number after a failed call, and the failures' results and texts.
 #include <gtest/gtest.h>
 
+#include <pty.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <map>
 #include <string>
@@ -129,6 +132,29 @@ TEST_F(DialUpDeliveryTest, LineFailuresAreClearRefusals) {
         EXPECT_EQ(o.result, 4u) << o.text;
         EXPECT_NE(o.text.find(c.text), std::string::npos) << o.text;
     }
+}
+
+// A line whose modem never answers: may be tried again, and the secondary number is not dialled
+// on the same silent line.
+TEST_F(DialUpDeliveryTest, SilentModemMayBeTriedAgain) {
+    struct Pty {
+        int master = -1, slave = -1;
+        ~Pty() {
+            close(slave);
+            close(master);
+        }
+    } line;
+    char name[256] = {};
+    ASSERT_EQ(openpty(&line.master, &line.slave, name, nullptr, nullptr), 0);
+    Dial(name, 0, "0698765432");
+    const Outcome o = Call(kLib, kEntry, "E");
+    EXPECT_EQ(o.result, 1u) << o.text;
+    EXPECT_EQ(o.text, std::string("the modem on ") + name + " does not answer");
+    // What reached the line: the reset, once.
+    std::string sent(512, '\0');
+    const ssize_t n = read(line.master, sent.data(), sent.size());
+    sent.resize(n > 0 ? static_cast<std::size_t>(n) : 0);
+    EXPECT_EQ(sent, "ATZ\r");
 }
 
 }  // namespace
