@@ -77,18 +77,22 @@ Io WriteAll(int fd, std::string_view bytes, Clock::time_point deadline) {
     return Io::Ok;
 }
 
-Io LineReader::next(std::string* line, Clock::time_point deadline, std::size_t maxLength) {
-    for (;;) {
-        for (std::size_t end; (end = pending_.find('\n')) != std::string::npos;) {
-            std::string found = pending_.substr(0, end);
-            pending_.erase(0, end + 1);
-            if (!found.empty() && found.back() == '\r')
-                found.pop_back();
-            if (!found.empty()) {
-                *line = std::move(found);
-                return Io::Ok;
-            }
+bool LineReader::takeLine(std::string* line) {
+    for (std::size_t end; (end = pending_.find('\n')) != std::string::npos;) {
+        std::string found = pending_.substr(0, end);
+        pending_.erase(0, end + 1);
+        if (!found.empty() && found.back() == '\r')
+            found.pop_back();
+        if (!found.empty()) {
+            *line = std::move(found);
+            return true;
         }
+    }
+    return false;
+}
+
+Io LineReader::next(std::string* line, Clock::time_point deadline, std::size_t maxLength) {
+    while (!takeLine(line)) {
         if (pending_.size() > maxLength) {
             errno = EMSGSIZE;
             return Io::Failed;
@@ -105,6 +109,7 @@ Io LineReader::next(std::string* line, Clock::time_point deadline, std::size_t m
             return errno == EIO ? Io::Closed : Io::Failed;  // a hung-up terminal reads EIO
         pending_.append(chunk, static_cast<std::size_t>(n));
     }
+    return Io::Ok;
 }
 
 std::string Frame(std::string_view kind,

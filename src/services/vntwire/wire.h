@@ -53,6 +53,8 @@ class LineReader {
     Io next(std::string* line, Clock::time_point deadline, std::size_t maxLength = 1024);
 
   private:
+    // Moves the first complete non-empty line of pending_ to *line.
+    bool takeLine(std::string* line);
     int fd_;
     std::string pending_;
 };
