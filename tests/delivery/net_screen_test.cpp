@@ -1,9 +1,10 @@
-// The HTTPS delivery as an administrator meets it in ZOLamsadm: the stop report sent from the
-// service's menu to a real HTTPS server, and the HTTPS screen's test buttons showing each
-// outcome.
+// The deliveries as an administrator meets them in ZOLamsadm: the stop report sent from the
+// service's menu to a real HTTPS server, the HTTPS screen's test buttons showing each outcome,
+// and the dial-up screen's test button dialling a modem played on a pseudo-terminal.
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "frame_test_util.h"
 #include "net_servers.h"
@@ -132,6 +133,43 @@ TEST_F(NetScreenTest, HttpsTestButtonsShowEachOutcome) {
     ASSERT_TRUE(t->waitForText("cannot be reached")) << t->dump();
     Dismiss(*t, english(root_, "ERROR_TEST_REPORT"));
     EXPECT_EQ(server.bodies().size(), 1u);
+    CloseAll(*t);
+}
+
+// The dial-up screen's first test button dials the stored primary number on the stored line (a
+// pseudo-terminal playing the modem) and shows the report sent.
+TEST_F(NetScreenTest, DialUpTestButtonDialsTheStoredNumber) {
+    FakeModem modem({});
+    const zoltest::StoreReader store(root_);
+    const std::string dial = ZOL_KEY_DIAL_SETTING;
+    ASSERT_EQ(store.setDword(kService, "InstVantrelKeyFD", 1), 0);
+    ASSERT_EQ(store.setText(dial, "PhoneNo1", "(045)123-4567"), 0);
+    ASSERT_EQ(store.setText(dial, "Device", modem.linePath()), 0);
+    ASSERT_EQ(store.setDword(dial, "DialMode", 1), 0);
+    auto t = frametest::startMenu(root_);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(english(root_, "BASE_REPORT_SNMP_ID"))) << t->dump();
+    for (int i = 0; i < 3; ++i)
+        t->send(keys::Down);
+    t->send(keys::Enter);
+    ASSERT_TRUE(CursorOnRow(*t, english(root_, "VNT_SUB_ENABLE_ID"))) << t->dump();
+    // Switch on, dial-up (the second method), OK: the dial-up screen with the stored line.
+    t->send(keys::Space);
+    t->send(keys::Tab);
+    t->send(keys::Tab);
+    t->send(keys::Space);
+    for (int i = 0; i < 4; ++i)  // the other two methods, Suppression, OK
+        t->send(keys::Tab);
+    t->send(keys::Enter);
+    ASSERT_TRUE(t->waitForText(modem.linePath())) << t->dump();
+    for (int i = 0; i < 7; ++i)  // numbers, user, device, tone, pulse, redial
+        t->send(keys::Tab);
+    t->send(keys::Enter);
+    Dismiss(*t, english(root_, "TEST_REPORT_OK"));
+    const std::vector<std::string> expected = {"ATZ", "ATE0", "ATDP0451234567", "ATH"};
+    EXPECT_EQ(modem.commands(), expected);
+    ASSERT_EQ(modem.frames().size(), 1u);
+    EXPECT_EQ(modem.frames().front().rfind("ZOLVNT/1 T1 ", 0), 0u);
     CloseAll(*t);
 }
 
