@@ -12,6 +12,7 @@
 #include <string>
 
 #include "delivery_fixture.h"
+#include "rptset_api.h"
 #include "servers.h"
 
 namespace {
@@ -170,6 +171,64 @@ TEST_F(DeliveryTest, StartTlsWithTheTestCaTrustedAndUntrusted) {
     const Sent sent = SendMail("E");
     EXPECT_EQ(sent.result, 0u) << sent.text;
     EXPECT_EQ(smtp.Mails().size(), 1u);
+}
+
+// The test, critical-test and opening reports through rptset.dll's entries, which reach the
+// mail library through the method vntutil.dll names: each arrives with its kind, the opening is
+// marked done only once sent, and every report leaves its alert-log line.
+TEST_F(DeliveryTest, TestAndOpeningReportsThroughTheSettingsLibrary) {
+    SmtpServer smtp;
+    ASSERT_TRUE(smtp.ready());
+    SetDword(ZOL_KEY_VANTREL_ADDRESS, "EOpening", 0);
+    const std::string path = (root().path() / "lib" / "rptset.dll").string();
+    HMODULE lib = LoadLibrary(path.c_str());
+    ASSERT_NE(lib, nullptr) << ZolLastLoadError();
+    auto* test =
+        reinterpret_cast<AMAMVantrelTestReport_fn*>(GetProcAddress(lib, "AMAMVantrelTestReport"));
+    auto* critical = reinterpret_cast<TestFatalReport_fn*>(GetProcAddress(lib, "TestFatalReport"));
+    auto* opening = reinterpret_cast<AMAMVantrelOpeningReport_fn*>(
+        GetProcAddress(lib, "AMAMVantrelOpeningReport"));
+    ASSERT_TRUE(test && critical && opening);
+    auto opened = [] {
+        DWORD value = 99;
+        HKEY key = nullptr;
+        DWORD size = sizeof value;
+        RegOpenKeyEx(HKEY_LOCAL_MACHINE, ZOL_KEY_VANTREL_ADDRESS, 0, KEY_READ, &key);
+        RegQueryValueEx(key, "EOpening", nullptr, nullptr, reinterpret_cast<BYTE*>(&value), &size);
+        RegCloseKey(key);
+        return value;
+    };
+
+    UseSmtp(deliverytest::FreePort());  // the server is not there yet
+    char* text = nullptr;
+    EXPECT_EQ(opening(&text), 1);
+    ASSERT_NE(text, nullptr);
+    EXPECT_NE(std::string(text).find("cannot be reached now"), std::string::npos) << text;
+    std::free(text);
+    EXPECT_EQ(opened(), 0u);
+
+    UseSmtp(smtp.port());
+    EXPECT_EQ(test("VantrelReport", nullptr), 0);
+    EXPECT_EQ(critical("VantrelReport", nullptr), 0);
+    text = nullptr;
+    EXPECT_EQ(opening(&text), 0);
+    EXPECT_EQ(text, nullptr);
+    EXPECT_EQ(opened(), 1u);
+    FreeLibrary(lib);
+
+    const auto mails = smtp.Mails();
+    ASSERT_EQ(mails.size(), 3u);
+    EXPECT_NE(deliverytest::MailBody(mails[0]).find("KIND=T\r\nTITLE=Test report\r\n"),
+              std::string::npos);
+    EXPECT_NE(deliverytest::MailBody(mails[1]).find("KIND=TF\r\nTITLE=Critical test report\r\n"),
+              std::string::npos);
+    EXPECT_NE(deliverytest::MailBody(mails[2]).find("KIND=O\r\nTITLE=Opening report\r\n"),
+              std::string::npos);
+    EXPECT_EQ(AlertLines(),
+              "VantrelReport\tO\tInternetMail\t\t1\n"
+              "VantrelReport\tT\tInternetMail\t\t0\n"
+              "VantrelReport\tTF\tInternetMail\t\t0\n"
+              "VantrelReport\tO\tInternetMail\t\t0\n");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "dest_screen_util.h"
 #include "frame/textformat.h"
 #include "regpaths.h"
+#include "servers.h"
 
 namespace keys = zoltest::keys;
 using frametest::english;
@@ -121,4 +122,41 @@ TEST(RemoteDestination, InternetMailDestination) {
     EXPECT_TRUE(t->waitForText("desk@example.com")) << t->dump();
     closeWindow(*t, root, "TITTLE_DESTSET_ID");
     frametest::closeMenu(*t);
+}
+
+// The opening report from the internet-mail screen, through the real mail library and a real
+// SMTP server: asked first, then sent; the screen says so and the store marks the opening as
+// done. With the server gone the library's text is shown and the opening stays undone.
+TEST(RemoteDestination, OpeningReportByMail) {
+    ProductRoot root;
+    deliverytest::SmtpServer smtp;
+    ASSERT_TRUE(smtp.ready());
+    const std::string mailKey = ZOL_KEY_MAIL_SETTING;
+    addDword(root, kService, "InstVantrelKeyFD", 1);
+    addText(root, mailKey, "SMTPServer", "127.0.0.1");
+    addDword(root, mailKey, "SMTPPort", smtp.port());
+    addText(root, mailKey, "MailFrom", "zol@example.com");
+    addText(root, kAddress, "ETo", "centre@example.com");
+    addDword(root, kAddress, "EOpening", 0);
+    for (const bool serverUp : {false, true}) {
+        SCOPED_TRACE(serverUp ? "server up" : "server down");
+        addDword(root, mailKey, "SMTPPort", serverUp ? smtp.port() : deliverytest::FreePort());
+        auto t = openList(root);
+        changeVantrelReport(*t, root);
+        t->send(keys::Enter);
+        ASSERT_TRUE(titled(*t, root, "IMAIL_DEST_TITLE_ID")) << t->dump();
+        tabs(*t, 4);  // subject, Test, Critical test, Opening report
+        t->send(keys::Enter);
+        ASSERT_TRUE(t->waitForText(english(root, "IMAIL_QUE_OPEN_ID"))) << t->dump();
+        t->send(keys::Enter);  // OK
+        dismiss(*t, serverUp ? english(root, "IMAIL_OPEN_TEST_SUCC") : "cannot be reached now");
+        EXPECT_EQ(storedDword(root, kAddress, "EOpening"), serverUp ? 1u : 0u);
+        closeWindow(*t, root, "IMAIL_DEST_TITLE_ID");
+        closeWindow(*t, root, "TITTLE_IDSET_ID");
+        closeWindow(*t, root, "TITTLE_DESTSET_ID");
+        frametest::closeMenu(*t);
+    }
+    ASSERT_EQ(smtp.Mails().size(), 1u);
+    EXPECT_NE(deliverytest::MailBody(smtp.Mails()[0]).find("KIND=O\r\nTITLE=Opening report\r\n"),
+              std::string::npos);
 }
