@@ -6,8 +6,9 @@ set -euo pipefail
 packages=(build-essential cmake ninja-build pkg-config
           libnewt-dev libslang2-dev libsqlite3-dev sqlite3
           libvterm-dev libsnmp-dev snmptrapd googletest libgtest-dev libgmock-dev libbenchmark-dev
-          whiptail clang-format locales
-          scdoc lintian)
+          whiptail clang-format locales scdoc lintian
+          libcurl4-openssl-dev openssl python3-aiosmtpd dovecot-core dovecot-pop3d
+          tinyproxy)
 
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi

@@ -53,6 +53,8 @@ inline constexpr LibFunction<GetVntTo_fn> kGetVntTo{"GetVntTo", NonZero};
 inline constexpr LibFunction<AMAMVantrelTestReport_fn> kAMAMVantrelTestReport{
     "AMAMVantrelTestReport", Zero};
 inline constexpr LibFunction<TestFatalReport_fn> kTestFatalReport{"TestFatalReport", Zero};
+inline constexpr LibFunction<AMAMVantrelOpeningReport_fn> kAMAMVantrelOpeningReport{
+    "AMAMVantrelOpeningReport", Zero};
 inline constexpr LibFunction<GetManagerPort_fn> kGetManagerPort{"GetManagerPort", Zero};
 inline constexpr LibFunction<SetManagerAddress_fn> kSetManagerAddress{"SetManagerAddress", Zero};
 // Event monitoring. The writers refuse with -1 (failure) and -2 (no such destination ID), the
@@ -199,6 +201,9 @@ BOOL WriteMLDestSetting(HMODULE lib, const VxMLDestData* mail, DestData* record,
 // critical. Failed (with the library's reason in *reason when it gave one, else empty) unless the
 // library sent it.
 LibResult SendTestReport(HMODULE lib, bool critical, const char* id, std::string* reason);
+// The opening report (AMAMVantrelOpeningReport), which marks the opening as done once sent.
+// Failed (with the library's reason in *reason when it gave one, else empty) unless it was sent.
+LibResult SendOpeningReport(HMODULE lib, std::string* reason);
 // CheckKeyFDFlag: TRUE when the service's set-up data has been read from its key floppy.
 BOOL CheckInstVantrelFD(HMODULE lib);
 

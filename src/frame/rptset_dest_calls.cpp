@@ -104,6 +104,16 @@ LibResult SendTestReport(HMODULE lib, bool critical, const char* id, std::string
     return ReturnResult(r);
 }
 
+LibResult SendOpeningReport(HMODULE lib, std::string* reason) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
+    if (reason != nullptr)
+        reason->clear();
+    char* text = nullptr;
+    const LibResult r = CallLibrary(lib, rptset::kAMAMVantrelOpeningReport, &text);
+    TakeLibraryText(text, reason);
+    return ReturnResult(r);
+}
+
 BOOL CheckInstVantrelFD(HMODULE lib) {
     ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] lib=%p", lib);
     const LibResult r = CallLibrary(lib, rptset::kCheckKeyFDFlag);

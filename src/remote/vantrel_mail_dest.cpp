@@ -1,6 +1,6 @@
 // The remote report service's internet-mail destination: the addresses its reports are mailed to
-// and their subject, stored together with the service's destination record, and the test reports
-// an administrator sends from here.
+// and their subject, stored together with the service's destination record, and the test and
+// opening reports an administrator sends from here.
 #include <string>
 
 #include "frame/check_boxes.h"
@@ -18,7 +18,7 @@ constexpr int kMessageWidth = 60;
 constexpr int kMessageHeight = 3;
 constexpr int kEntryWidth = 50;
 
-enum ControlId : int { kTestId = 1, kCriticalTestId };
+enum ControlId : int { kTestId = 1, kCriticalTestId, kOpeningId };
 
 std::string Text(const char* id) {
     return MessageText(id);
@@ -46,6 +46,32 @@ void TestReport(HMODULE lib, const DestData& record, bool critical) {
     MailBox(!reason.empty() ? reason : Text(critical ? "IMAIL_FATAL_TEST_ERR" : "IDS_TEST_FAILED"));
 }
 
+bool AskOpening() {
+    const std::string title = Text("IMAIL_DEST_TITLE_ID");
+    const std::string text = Text("IMAIL_QUE_OPEN_ID");
+    newtComponent buttons[2] = {zolui::button(-1, -1, Text("BUTTON_OK_ID")),
+                                zolui::button(-1, -1, Text("BUTTON_CANCEL_ID"))};
+    const newtComponent ok = buttons[0];
+    return SelectFromButtons(title.c_str(), text.c_str(), buttons, 2) == ok;
+}
+
+// Sends the opening report after the administrator confirms it, and shows what came of it.
+void OpeningReport(HMODULE lib) {
+    if (!AskOpening())
+        return;
+    std::string reason;
+    const LibResult r = SendOpeningReport(lib, &reason);
+    if (r.unbound()) {
+        ShowFuncCallErr("GetProcAddress for AMAMVantrelOpeningReport");
+        return;
+    }
+    if (r.ok()) {
+        MailBox(Text("IMAIL_OPEN_TEST_SUCC"));
+        return;
+    }
+    MailBox(!reason.empty() ? reason : Text("OPEN_REPORT_FAILED_ID"));
+}
+
 struct MailForm {
     newtComponent to = nullptr, subject = nullptr;
 };
@@ -71,7 +97,8 @@ MailForm OpenMailForm(zolui::Dialog& dialog, const VxMLDestData& mail, const std
     grid.set(0, 2, std::move(fields), {.top = 1}, NEWT_ANCHOR_LEFT);
     grid.set(0, 3,
              dialog.buttonRow({{Text("IMAIL_BUTTON_TEST_ID"), kTestId},
-                               {Text("IMAIL_BUTTON_FATAL_ID"), kCriticalTestId}},
+                               {Text("IMAIL_BUTTON_FATAL_ID"), kCriticalTestId},
+                               {Text("IMAIL_BUTTON_OPEN_ID"), kOpeningId}},
                               2),
              {.top = 1}, NEWT_ANCHOR_LEFT);
     grid.set(0, 4,
@@ -127,8 +154,14 @@ int InternetMailSetting(DestData* record, HMODULE rptsetLib) {
             return zolui::Next::Stay;
         };
     };
-    const int closedBy =
-        dialog.run({{zolui::kOkId, ok}, {kTestId, test(false)}, {kCriticalTestId, test(true)}});
+    auto opening = [&] {
+        OpeningReport(rptsetLib);
+        return zolui::Next::Stay;
+    };
+    const int closedBy = dialog.run({{zolui::kOkId, ok},
+                                     {kTestId, test(false)},
+                                     {kCriticalTestId, test(true)},
+                                     {kOpeningId, opening}});
     ZOL_TRACE(TRACE_LEVEL_TRACE, "<%s.return 0.", closedBy == zolui::kOkId ? "saved" : "cancelled");
     return 0;
 }

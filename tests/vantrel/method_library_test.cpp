@@ -129,17 +129,19 @@ TEST_F(MethodLibraryTest, HttpsSettingsWholeRoundTripAndRefusals) {
 }
 
 TEST_F(MethodLibraryTest, DeliveryEntriesTellLoadEntryAndResultApart) {
-    // The delivery libraries are not installed: the load fails.
+    // A delivery library missing from lib/: the load fails.
+    RemoveLibrary("dialsvc.dll");
     const DeliveryOutcome dial = CallDeliveryEntry("dialsvc.dll", "AM_Dll_ALV_Vnt", "T1");
     EXPECT_EQ(dial.status, DeliveryOutcome::Status::NotLoaded);
 
     const DeliveryOutcome noEntry = CallLoadedDeliveryEntry(hLibVNTHTTPS, "NoSuchEntry", "T1");
     EXPECT_EQ(noEntry.status, DeliveryOutcome::Status::NoEntry);
 
+    // Called: the library's result and its own text come back (no URL is stored here).
     const DeliveryOutcome https = CallLoadedDeliveryEntry(hLibVNTHTTPS, "GUIVntReport", "T1");
     EXPECT_EQ(https.status, DeliveryOutcome::Status::Called);
     EXPECT_EQ(https.result, 4u);
-    EXPECT_NE(https.errorText.find("HTTPS delivery is not available"), std::string::npos);
+    EXPECT_EQ(https.errorText, "no first URL is set for HTTPS reports");
 
     // A library that is there but is not a delivery library: loaded, entry missing.
     const DeliveryOutcome chkset = CallDeliveryEntry("chkset.dll", "AM_Dll_ALV_Vnt", "T1");

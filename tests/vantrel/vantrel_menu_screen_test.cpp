@@ -16,6 +16,7 @@
 #include "frame/textformat.h"
 #include "frame_test_util.h"
 #include "regpaths.h"
+#include "servers.h"
 #include "store_reader.h"
 #include "ui/encoding.h"
 
@@ -353,6 +354,7 @@ TEST(VantrelMenuScreen, ReopenStopsAtAMissingKey) {
 TEST(VantrelMenuScreen, CeaseWithoutDeliveryLibraryKeepsTheSetUp) {
     ProductRoot root;
     markSetUp(root);
+    fs::remove(root.path() / "lib" / "mailrpt.dll");
     const ServiceSetUp before = storedSetUp(root);
     auto t = enterService(root);
     ASSERT_TRUE(menuShown(root, *t)) << t->dump();
@@ -385,7 +387,8 @@ TEST(VantrelMenuScreen, CeaseThroughTheDeliveryLibrary) {
         SCOPED_TRACE(c.results);
         ProductRoot root;
         markSetUp(root);
-        fs::copy_file(TEST_DELIVERY_LIBRARY, root.path() / "lib" / "mailrpt.dll");
+        fs::copy_file(TEST_DELIVERY_LIBRARY, root.path() / "lib" / "mailrpt.dll",
+                      fs::copy_options::overwrite_existing);
         zoltest::writeFile(root.path() / "log" / "test_delivery.results", c.results);
         const ServiceSetUp before = storedSetUp(root);
         auto t = enterService(root);
@@ -626,4 +629,74 @@ TEST(VantrelCustomerScreen, JapaneseFieldsLimitedInEucBytes) {
     tryCase(*t, 1, label2, row2, {2, forty, 4, ""});
     EXPECT_EQ(storedText(root, kSettingKey, "ADRSNMN"), zolui::utf8ToEuc(forty));
     closeAll(*t);
+}
+
+namespace {
+
+// The internet-mail settings of a root pointing at the test's SMTP server; POP before SMTP
+// through the POP server when pop is not null. Passwords stored encoded, as the login dialog does.
+void useMailServers(const ProductRoot& root, uint16_t smtpPort,
+                    const deliverytest::PopServer* pop) {
+    const zoltest::StoreReader store(root);
+    const std::string mail = ZOL_KEY_MAIL_SETTING;
+    ASSERT_EQ(store.setText(mail, "SMTPServer", "127.0.0.1"), ERROR_SUCCESS);
+    ASSERT_EQ(store.setDword(mail, "SMTPPort", smtpPort), ERROR_SUCCESS);
+    ASSERT_EQ(store.setText(mail, "MailFrom", "zol@example.com"), ERROR_SUCCESS);
+    ASSERT_EQ(store.setText(ZOL_KEY_VANTREL_ADDRESS, "ETo", "centre@example.com"), ERROR_SUCCESS);
+    if (pop == nullptr)
+        return;
+    std::string password = "pop-Pass1";
+    Ras_Encode(password.data(), static_cast<int>(password.size()));
+    ASSERT_EQ(store.setDword(mail, "POPBeforeSMTP", 1), ERROR_SUCCESS);
+    ASSERT_EQ(store.setText(mail, "POPServer", "127.0.0.1"), ERROR_SUCCESS);
+    ASSERT_EQ(store.setDword(mail, "POPPort", pop->port()), ERROR_SUCCESS);
+    ASSERT_EQ(store.setText(mail, "POPUser", "popuser"), ERROR_SUCCESS);
+    ASSERT_EQ(store.setText(mail, "POPPass", password), ERROR_SUCCESS);
+}
+
+}  // namespace
+
+// Ending the service through the real mail library: the stop report arrives at the test's SMTP
+// server, alone and after a POP login, and the set-up is cleared; with the server down the
+// retry question comes, and Cancel shows the library's text and keeps the set-up.
+TEST(VantrelMenuScreen, CeaseByMailThroughRealServers) {
+    deliverytest::PopServer pop("popuser", "pop-Pass1");
+    ASSERT_TRUE(pop.ready());
+    for (const char* how : {"alone", "pop", "down"}) {
+        SCOPED_TRACE(how);
+        const std::string_view mode = how;
+        deliverytest::SmtpServer smtp;
+        ASSERT_TRUE(smtp.ready());
+        ProductRoot root;
+        markSetUp(root);
+        useMailServers(root, mode == "down" ? deliverytest::FreePort() : smtp.port(),
+                       mode == "pop" ? &pop : nullptr);
+        const ServiceSetUp before = storedSetUp(root);
+        auto t = enterService(root);
+        ASSERT_TRUE(menuShown(root, *t)) << t->dump();
+        t->send(keys::Tab);
+        t->send(keys::Enter);
+        answer(*t, english(root, "IDS_MSG_ASK"), true);
+        if (mode == "down") {
+            answer(*t, english(root, "IDS_MSG_RETRY"), false);
+            dismiss(*t, "cannot be reached now");
+            dismiss(*t, english(root, "IDS_ERR_END"));
+            ASSERT_TRUE(cursorOnRow(*t, english(root, "VANTREL_CEASE_ID"))) << t->dump();
+            EXPECT_EQ(storedSetUp(root), before);
+            EXPECT_TRUE(smtp.Mails().empty());
+            closeAll(*t);
+            continue;
+        }
+        dismiss(*t, english(root, "IDS_MSG_END"));
+        ASSERT_TRUE(cursorOnRow(*t, english(root, "VANTREL_CEASE_ID"))) << t->dump();
+        EXPECT_EQ(storedSetUp(root), (ServiceSetUp{0, 0, 0, "", ""}));
+        ASSERT_EQ(smtp.Mails().size(), 1u);
+        const std::string body = deliverytest::MailBody(smtp.Mails()[0]);
+        EXPECT_NE(body.find("KIND=E\r\nTITLE=Stop report\r\n"), std::string::npos) << body;
+        EXPECT_NE(body.find("USERCODE=C0012345\r\n"), std::string::npos) << body;
+        EXPECT_EQ(pop.Logins(), mode == "pop" ? 1 : 0);
+        t->send(keys::CtrlO);
+        ASSERT_TRUE(mainMenuShown(root, *t)) << t->dump();
+        frametest::closeMenu(*t);
+    }
 }

@@ -52,6 +52,9 @@ typedef int GetVntTo_fn(char* out);
 /* Test reports through a destination: 0 sent; otherwise *errorText receives a malloc'd reason. */
 typedef int AMAMVantrelTestReport_fn(const char* id, char** errorText);
 typedef int TestFatalReport_fn(const char* id, char** errorText);
+/* The opening report through the selected method: 0 sent (EOpening is then 1); otherwise the
+ * delivery result (1 may be tried again) and *errorText a malloc'd reason. */
+typedef int AMAMVantrelOpeningReport_fn(char** errorText);
 
 /* ---- Base report settings ---- */
 

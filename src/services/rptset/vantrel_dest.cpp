@@ -1,8 +1,7 @@
 // rptset.dll: the remote report service's destination. Its mail settings and the manager's
 // address and port (via-manager method) live in ID_LIST\VantrelReport\Address, its schedule
 // record in ID_LIST\VantrelReport like any destination's (docs/registry.md, "Destinations
-// (rptset.dll)"). Sending test reports belongs to the delivery libraries, which this version
-// does not have.
+// (rptset.dll)"). Test and opening reports are sent by the delivery libraries (vntreport).
 #include <iconv.h>
 #include <strings.h>
 
@@ -14,11 +13,14 @@
 #include <type_traits>
 #include <vector>
 
+#include "delivery.h"
 #include "dest_fields.h"
 #include "dest_store.h"
 #include "regpaths.h"
 #include "regvalue.h"
+#include "report.h"
 #include "rptset_api.h"
+#include "store.h"
 
 // The address check of the base settings (basesetting.cpp), the same export the program binds.
 extern "C" ZOLWIN_API int AMBIMyIPCheck(const char* text);
@@ -57,9 +59,9 @@ constexpr Texts kNoCentre = {"The key floppy held no service centre address.",
                              "キーフロッピーにサービスセンターのアドレスがありません。"};
 constexpr Texts kCentre = {"Reports go to the service centre at %s.",
                            "通報はサービスセンター (%s) に送られます。"};
-constexpr Texts kNoDelivery = {
-    "Sending reports is not available in this version: no delivery library is installed.",
-    "このバージョンでは通報を送信できません。送信ライブラリがインストールされていません。"};
+constexpr Texts kOpeningNotStored = {
+    "The opening report was sent, but that it was sent could not be stored.",
+    "開局報告は送信されましたが、送信済みの状態を保存できませんでした。"};
 
 std::string ToEucJp(const std::string& utf8) {
     iconv_t cd = iconv_open("EUC-JP", "UTF-8");
@@ -317,24 +319,40 @@ extern "C" ZOLWIN_API int SetAMAMDeseSetting(const VxMLDestData* mail, DestData*
 }
 static_assert(std::is_same_v<decltype(SetAMAMDeseSetting), SetAMAMDeseSetting_fn>);
 
-// Both test-report entry points need a delivery library; until one exists they say so.
+// The test, critical-test and opening reports go through the delivery library of the method
+// selected for the service, which hands back its result and text and writes the alert-log line.
 namespace {
-int NoDelivery(const char* id, char** errorText) {
-    if (errorText != nullptr)
-        *errorText = MallocText(kNoDelivery);
-    ZOL_TRACE(TRACE_LEVEL_ERROR, "<no delivery library for %s.return -1.", id ? id : "(null)");
-    return -1;
+int SendReport(const char* kind, const char* id, char** errorText) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] kind=%s id=%s", kind, id != nullptr ? id : "(null)");
+    const uint32_t result = vntreport::SendBySelectedMethod(kind, errorText);
+    ZOL_TRACE(result == vntreport::kSent ? TRACE_LEVEL_TRACE : TRACE_LEVEL_ERROR, "<return %u.",
+              result);
+    return static_cast<int>(result);
 }
 }  // namespace
 
 extern "C" ZOLWIN_API int AMAMVantrelTestReport(const char* id, char** errorText) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
-    return NoDelivery(id, errorText);
+    return SendReport("T", id, errorText);
 }
 static_assert(std::is_same_v<decltype(AMAMVantrelTestReport), AMAMVantrelTestReport_fn>);
 
 extern "C" ZOLWIN_API int TestFatalReport(const char* id, char** errorText) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, ">");
-    return NoDelivery(id, errorText);
+    return SendReport("TF", id, errorText);
 }
 static_assert(std::is_same_v<decltype(TestFatalReport), TestFatalReport_fn>);
+
+extern "C" ZOLWIN_API int AMAMVantrelOpeningReport(char** errorText) {
+    const int result = SendReport("O", nullptr, errorText);
+    if (result != 0)
+        return result;
+    // Only a report that left marks the opening as done.
+    const LONG rc = vntcore::WriteDword(kAddressKey, kOpeningValue, 1);
+    if (rc == ERROR_SUCCESS)
+        return 0;
+    ZOL_TRACE(TRACE_LEVEL_ERROR, "<%s not written (%d).return 4.", kOpeningValue,
+              static_cast<int>(rc));
+    if (errorText != nullptr)
+        *errorText = MallocText(kOpeningNotStored);
+    return static_cast<int>(vntreport::kFailed);
+}
+static_assert(std::is_same_v<decltype(AMAMVantrelOpeningReport), AMAMVantrelOpeningReport_fn>);

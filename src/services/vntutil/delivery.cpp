@@ -4,6 +4,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "delivery.h"
 #include "records.h"
 #include "store.h"
 #include "vantrelpkg_api.h"
@@ -12,15 +13,6 @@ namespace {
 
 constexpr const char* kMethodValue = "MethodType";
 
-// Delivery library file of each method (VANTREL_*), indexed by the method number.
-constexpr const char* kDeliveryLibraries[] = {
-    "mailrpt.dll",   // VANTREL_INTERNETMAIL
-    "dialsvc.dll",   // VANTREL_DIALUP
-    "vntmgr.dll",    // VANTREL_TRANSTOMANAGER
-    "vnthttps.dll",  // VANTREL_HTTPS
-};
-static_assert(sizeof kDeliveryLibraries / sizeof *kDeliveryLibraries == VANTREL_HTTPS + 1);
-
 }  // namespace
 
 extern "C" ZOLWIN_API int VNTGetSelectedDllName(char* name, int size) {
@@ -28,11 +20,12 @@ extern "C" ZOLWIN_API int VNTGetSelectedDllName(char* name, int size) {
     // A store without the value has never left the seeded method, internet mail.
     const std::optional<DWORD> method =
         vntcore::ReadDwordOr(vntcore::kServiceKey, kMethodValue, VANTREL_INTERNETMAIL);
-    if (!method || *method > VANTREL_HTTPS) {
+    const auto libraries = vntreport::DeliveryLibraries();
+    if (!method || *method >= libraries.size()) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<no delivery library for the stored method.return -1.");
         return -1;
     }
-    if (vntcore::CopyOut(kDeliveryLibraries[*method], name, size) != 0) {
+    if (vntcore::CopyOut(libraries[*method].file, name, size) != 0) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "<[OUT]buffer of %d bytes too small.return -1.", size);
         return -1;
     }

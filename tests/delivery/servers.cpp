@@ -1,0 +1,293 @@
+// The delivery tests' servers and helpers.
+#include "servers.h"
+
+#include <arpa/inet.h>
+#include <iconv.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+#include "product_root.h"
+
+namespace deliverytest {
+
+namespace fs = std::filesystem;
+
+TempDir::TempDir() {
+    std::string pattern = (fs::temp_directory_path() / "zoldeliv-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr)
+        throw std::runtime_error("mkdtemp failed");
+    path_ = pattern;
+}
+
+TempDir::~TempDir() {
+    std::error_code ec;
+    fs::remove_all(path_, ec);
+}
+
+ChildProcess::ChildProcess(const std::vector<std::string>& argv, const fs::path& output) {
+    const pid_t parent = getpid();
+    pid_ = fork();
+    if (pid_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
+        if (getppid() != parent)
+            _exit(127);
+        setpgid(0, 0);
+        const std::string out = output.string();
+        if (freopen(out.c_str(), "w", stdout) == nullptr || dup2(fileno(stdout), 2) < 0)
+            _exit(127);
+        std::vector<char*> args;
+        for (const std::string& a : argv)
+            args.push_back(const_cast<char*>(a.c_str()));
+        args.push_back(nullptr);
+        execv(args[0], args.data());
+        _exit(127);
+    }
+}
+
+bool ChildProcess::running() const {
+    return pid_ > 0 && waitpid(pid_, nullptr, WNOHANG) == 0;
+}
+
+void ChildProcess::Stop() {
+    if (pid_ <= 0)
+        return;
+    kill(-pid_, SIGTERM);
+    kill(pid_, SIGTERM);
+    for (int i = 0; i < 50; ++i) {
+        if (waitpid(pid_, nullptr, WNOHANG) != 0) {
+            kill(-pid_, SIGKILL);  // helpers of the server left in its group
+            pid_ = -1;
+            return;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    kill(-pid_, SIGKILL);
+    kill(pid_, SIGKILL);
+    waitpid(pid_, nullptr, 0);
+    pid_ = -1;
+}
+
+ChildProcess::~ChildProcess() {
+    Stop();
+}
+
+uint16_t FreePort() {
+    const int fd = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in addr{};
+    addr.sin_family = AF_INET;
+    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof addr;
+    if (bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 ||
+        getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &size) != 0) {
+        close(fd);
+        throw std::runtime_error("no free port");
+    }
+    close(fd);
+    return ntohs(addr.sin_port);
+}
+
+bool WaitForPort(uint16_t port, std::chrono::milliseconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (std::chrono::steady_clock::now() < end) {
+        const int fd = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in addr{};
+        addr.sin_family = AF_INET;
+        addr.sin_port = htons(port);
+        addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        const bool ok = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
+        close(fd);
+        if (ok)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
+
+namespace {
+
+void Run(const std::string& command) {
+    if (std::system(command.c_str()) != 0)
+        throw std::runtime_error("failed: " + command);
+}
+
+std::vector<std::string> ReadNumbered(const fs::path& dir, const char* suffix) {
+    std::vector<std::string> all;
+    for (int n = 1;; ++n) {
+        const fs::path file = dir / ("mail-" + std::to_string(n) + suffix);
+        if (!fs::exists(file))
+            return all;
+        all.push_back(zoltest::readFile(file));
+    }
+}
+
+}  // namespace
+
+TestCertificates::TestCertificates(const fs::path& folder)
+    : ca(folder / "ca.pem"), cert(folder / "server.pem"), key(folder / "server.key") {
+    const std::string d = folder.string();
+    Run("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=ZolTestCA -keyout " + d +
+        "/ca.key -out " + d + "/ca.pem >/dev/null 2>&1");
+    Run("openssl req -newkey rsa:2048 -nodes -subj /CN=127.0.0.1 -keyout " + d +
+        "/server.key -out " + d + "/server.csr >/dev/null 2>&1");
+    zoltest::writeFile(folder / "san.ext", "subjectAltName=IP:127.0.0.1,DNS:localhost\n");
+    Run("openssl x509 -req -in " + d + "/server.csr -CA " + d + "/ca.pem -CAkey " + d +
+        "/ca.key -CAcreateserial -days 2 -extfile " + d + "/san.ext -out " + d +
+        "/server.pem >/dev/null 2>&1");
+}
+
+SmtpServer::SmtpServer(const SmtpOptions& options)
+    : port_(FreePort()),
+      process_(
+          [&] {
+              std::vector<std::string> argv = {"/usr/bin/python3",
+                                               ZOL_SOURCE_DIR "/tests/delivery/smtp_server.py",
+                                               "--port",
+                                               std::to_string(port_),
+                                               "--dir",
+                                               dir_.path().string()};
+              if (!options.user.empty())
+                  argv.insert(argv.end(), {"--user", options.user, "--password", options.password});
+              if (options.tls != nullptr)
+                  argv.insert(argv.end(), {"--cert", options.tls->cert.string(), "--key",
+                                           options.tls->key.string()});
+              return argv;
+          }(),
+          dir_.path() / "server.log"),
+      ready_(WaitForPort(port_, std::chrono::seconds(15))) {}
+
+std::vector<std::string> SmtpServer::Mails() const {
+    return ReadNumbered(dir_.path(), ".eml");
+}
+std::vector<std::string> SmtpServer::Envelopes() const {
+    return ReadNumbered(dir_.path(), ".env");
+}
+
+namespace {
+
+// Dovecot never runs a mailbox process as root: a test run as root gives the mailbox to
+// "nobody".
+constexpr uid_t kNobody = 65534;
+uid_t MailUid() {
+    return getuid() == 0 ? kNobody : getuid();
+}
+gid_t MailGid() {
+    return getuid() == 0 ? kNobody : getgid();
+}
+
+std::string DovecotConfig(const fs::path& dir, uint16_t port) {
+    const std::string d = dir.string();
+    std::ostringstream c;
+    c << "protocols = pop3\nlisten = 127.0.0.1\nbase_dir = " << d << "/run\n"
+      << "state_dir = " << d << "/state\nlog_path = " << d << "/dovecot.log\n"
+      << "ssl = no\ndisable_plaintext_auth = no\nauth_mechanisms = plain login\n"
+      << "mail_location = maildir:" << d << "/mail/%u\n"
+      << "pop3_uidl_format = %08Xu%08Xv\nauth_verbose = yes\nfirst_valid_uid = 1\n"
+      << "passdb {\n  driver = passwd-file\n  args = scheme=PLAIN username_format=%u " << d
+      << "/passwd\n}\n"
+      << "userdb {\n  driver = static\n  args = uid=" << MailUid() << " gid=" << MailGid()
+      << " home=" << d << "/home/%u\n}\n"
+      << "service pop3-login {\n  chroot =\n  inet_listener pop3 {\n    port = " << port
+      << "\n  }\n  inet_listener pop3s {\n    port = 0\n  }\n}\n"
+      << "service anvil {\n  chroot =\n}\nservice imap-login {\n  chroot =\n}\n";
+    if (getuid() != 0) {
+        const char* user = std::getenv("USER");
+        c << "default_internal_user = " << (user ? user : "nobody")
+          << "\ndefault_login_user = " << (user ? user : "nobody")
+          << "\ndefault_internal_group = " << getgid() << "\n";
+    }
+    return c.str();
+}
+
+}  // namespace
+
+PopServer::PopServer(const std::string& user, const std::string& password)
+    : port_(FreePort()),
+      config_([&] {
+          fs::permissions(dir_.path(),
+                          fs::perms::owner_all | fs::perms::group_exec | fs::perms::others_exec);
+          fs::create_directories(dir_.path() / "mail");
+          fs::create_directories(dir_.path() / "home");
+          if (chown((dir_.path() / "mail").c_str(), MailUid(), MailGid()) != 0 ||
+              chown((dir_.path() / "home").c_str(), MailUid(), MailGid()) != 0)
+              throw std::runtime_error("cannot give the mailbox folders to the mail user");
+          zoltest::writeFile(dir_.path() / "passwd", user + ":{PLAIN}" + password + "\n");
+          zoltest::writeFile(dir_.path() / "dovecot.conf", DovecotConfig(dir_.path(), port_));
+          return dir_.path() / "dovecot.conf";
+      }()),
+      process_({"/usr/sbin/dovecot", "-F", "-c", config_.string()}, dir_.path() / "server.out"),
+      ready_(WaitForPort(port_, std::chrono::seconds(15))) {}
+
+std::string PopServer::Log() const {
+    return zoltest::readFile(dir_.path() / "dovecot.log") +
+           zoltest::readFile(dir_.path() / "server.out");
+}
+
+int PopServer::Logins() const {
+    const std::string log = zoltest::readFile(dir_.path() / "dovecot.log");
+    int count = 0;
+    for (std::size_t at = log.find("pop3-login: Info: Login: user=<"); at != std::string::npos;
+         at = log.find("pop3-login: Info: Login: user=<", at + 1))
+        ++count;
+    return count;
+}
+
+std::string FromIso2022Jp(const std::string& text) {
+    iconv_t cd = iconv_open("UTF-8", "ISO-2022-JP");
+    std::string out(text.size() * 4 + 4, '\0');
+    char* in = const_cast<char*>(text.data());
+    size_t inLeft = text.size();
+    char* dst = out.data();
+    size_t outLeft = out.size();
+    const size_t rc = iconv(cd, &in, &inLeft, &dst, &outLeft);
+    iconv_close(cd);
+    if (rc == static_cast<size_t>(-1))
+        return "<invalid>";
+    out.resize(out.size() - outLeft);
+    return out;
+}
+
+std::string FromBase64(const std::string& text) {
+    static const std::string kAlphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string out;
+    uint32_t bits = 0;
+    int count = 0;
+    for (const char c : text) {
+        const std::size_t v = kAlphabet.find(c);
+        if (v == std::string::npos)
+            continue;
+        bits = (bits << 6) | static_cast<uint32_t>(v);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            out += static_cast<char>((bits >> count) & 0xFF);
+        }
+    }
+    return out;
+}
+
+std::string MailBody(const std::string& mail) {
+    const std::size_t split = mail.find("\r\n\r\n");
+    if (split == std::string::npos)
+        return "<no body>";
+    const std::string header = mail.substr(0, split);
+    std::string body = mail.substr(split + 4);
+    if (header.find("Content-Transfer-Encoding: base64") != std::string::npos)
+        body = FromBase64(body);
+    if (header.find("charset=ISO-2022-JP") != std::string::npos)
+        body = FromIso2022Jp(body);
+    return body;
+}
+
+}  // namespace deliverytest
