@@ -37,6 +37,18 @@ TEST_F(DeliveryTest, StopReportArrivesAtTheServicesAddress) {
     EXPECT_NE(body.find("TOKUINMA=Example Corp.\r\n"), std::string::npos);
     EXPECT_EQ(smtp.Envelopes()[0], "from zol@example.com\nto centre@example.com\n");
     EXPECT_EQ(AlertLines(), "VantrelReport\tE\tInternetMail\t\t0\n");
+
+    // The stored subject replaces the built one; a subject that could inject a header is
+    // refused and nothing is sent.
+    SetAddress("ESubject", "Server trouble at site 3");
+    EXPECT_EQ(SendMail("T").result, 0u);
+    ASSERT_EQ(smtp.Mails().size(), 2u);
+    EXPECT_NE(smtp.Mails()[1].find("\r\nSubject: Server trouble at site 3\r\n"), std::string::npos);
+    SetAddress("ESubject", "x\r\nBcc: someone@example.com");
+    const Sent refused = SendMail("T");
+    EXPECT_EQ(refused.result, 4u);
+    EXPECT_NE(refused.text.find("control character"), std::string::npos) << refused.text;
+    EXPECT_EQ(smtp.Mails().size(), 2u);
 }
 
 TEST_F(DeliveryTest, SmtpAuthenticationWithTheRightAndAWrongPassword) {

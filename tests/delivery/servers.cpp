@@ -2,6 +2,7 @@
 #include "servers.h"
 
 #include <arpa/inet.h>
+#include <fcntl.h>
 #include <iconv.h>
 #include <netinet/in.h>
 #include <signal.h>
@@ -36,6 +37,15 @@ TempDir::~TempDir() {
 }
 
 ChildProcess::ChildProcess(const std::vector<std::string>& argv, const fs::path& output) {
+    // Everything the child needs is made before the fork: between fork and exec it only makes
+    // system calls.
+    std::vector<char*> args;
+    for (const std::string& a : argv)
+        args.push_back(const_cast<char*>(a.c_str()));
+    args.push_back(nullptr);
+    const int out = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    if (out < 0)
+        throw std::runtime_error("cannot write " + output.string());
     const pid_t parent = getpid();
     pid_ = fork();
     if (pid_ == 0) {
@@ -43,16 +53,14 @@ ChildProcess::ChildProcess(const std::vector<std::string>& argv, const fs::path&
         if (getppid() != parent)
             _exit(127);
         setpgid(0, 0);
-        const std::string out = output.string();
-        if (freopen(out.c_str(), "w", stdout) == nullptr || dup2(fileno(stdout), 2) < 0)
+        if (dup2(out, 1) < 0 || dup2(out, 2) < 0)
             _exit(127);
-        std::vector<char*> args;
-        for (const std::string& a : argv)
-            args.push_back(const_cast<char*>(a.c_str()));
-        args.push_back(nullptr);
         execv(args[0], args.data());
         _exit(127);
     }
+    close(out);
+    if (pid_ < 0)
+        throw std::runtime_error("fork failed");
 }
 
 bool ChildProcess::running() const {

@@ -73,7 +73,9 @@ Outcome Failure(CURLcode code, long reply, const Peer& peer, std::string_view de
             return {vntreport::kFailed,
                     "the " + std::string(peer.what) + " server's certificate is not trusted"};
         case CURLE_SSL_CACERT_BADFILE:
-            return {vntreport::kFailed, "the CA file named by CURL_CA_BUNDLE cannot be read"};
+            return {vntreport::kFailed, std::getenv("CURL_CA_BUNDLE") != nullptr
+                                            ? "the CA file named by CURL_CA_BUNDLE cannot be read"
+                                            : "the system's CA certificates cannot be read"};
         case CURLE_SSL_CONNECT_ERROR:
             return {vntreport::kFailed, "the TLS handshake with " + server + " failed"};
         default:

@@ -89,7 +89,7 @@ std::string Rfc822(std::time_t now, bool universal) {
         std::snprintf(zone, sizeof zone, "%c%02ld%02ld", offset < 0 ? '-' : '+',
                       magnitude / 60 % 100, magnitude % 60);
     }
-    char text[64];
+    char text[128];
     std::snprintf(text, sizeof text, "%s, %02d %s %04d %02d:%02d:%02d %s", kDays[tm.tm_wday % 7],
                   tm.tm_mday, kMonths[tm.tm_mon % 12], tm.tm_year + 1900, tm.tm_hour, tm.tm_min,
                   tm.tm_sec, zone);
