@@ -31,6 +31,9 @@ const std::set<std::string> kNotMessageIds = {
     "AM_Dll_ALV_Vnt",
     // The set-up clearing entry of SRVINFO.DLL.
     "VX_Clear_EMP_info_Data",
+    // The environment variables that change the palette.
+    "NEWT_COLORS",
+    "NEWT_COLORS_FILE",
 };
 
 // Texts the program formats, with the conversions each caller passes; every other text holds
