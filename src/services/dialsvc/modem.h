@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "report.h"
+
 namespace dialsvc {
 
 struct DialPlan {
@@ -13,11 +15,9 @@ struct DialPlan {
     std::string number;  // as stored; only what a modem dials is sent (digits, '*', '#', ',')
 };
 
-struct Delivery {
-    uint32_t result = 4;     // 0 sent, 1 may be tried again, 4 refused
-    std::string text;        // why, when not sent
-    bool lineFault = false;  // the line itself failed: another number would fail the same way
-};
+// 0 sent, 1 may be tried again, 4 refused; localFault when the line itself failed, so that
+// another number would fail the same way.
+using Delivery = vntreport::Outcome;
 
 // The dial string of a stored number: its digits and the modem's own dial characters.
 std::string DialString(const std::string& number);

@@ -47,7 +47,7 @@ dialsvc::Delivery Deliver(const vntreport::Report& report, const VntDialData& s)
         return {kRefused, "no number is set for dial-up reports"};
     dialsvc::Delivery first =
         dialsvc::DialAndSend({s.Device, pulse, numbers[0]}, frame, report.kind);
-    if (first.result == 0 || first.lineFault || numbers[1].empty())
+    if (first.result == 0 || first.localFault || numbers[1].empty())
         return first;
     ZOL_TRACE(TRACE_LEVEL_ERROR, "primary number failed (%s); dialling the secondary.",
               first.text.c_str());
@@ -63,18 +63,10 @@ dialsvc::Delivery Deliver(const vntreport::Report& report, const VntDialData& s)
 }  // namespace
 
 extern "C" ZOLWIN_API uint32_t AM_Dll_ALV_Vnt(char** errorText, const char* kind) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] kind=%s", kind ? kind : "(null)");
-    std::string why;
-    const std::optional<vntreport::Report> report = vntreport::BuildReport(kind ? kind : "", &why);
-    if (!report) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<BuildReport failed.return %u.", kRefused);
-        return vntreport::Finish(errorText, nullptr, kMethod, kRefused, why);
-    }
-    const std::optional<VntDialData> settings = DialSettings(&why);
-    const dialsvc::Delivery outcome =
-        settings ? Deliver(*report, *settings) : dialsvc::Delivery{kRefused, why};
-    ZOL_TRACE(outcome.result == 0 ? TRACE_LEVEL_TRACE : TRACE_LEVEL_ERROR, "<return %u.",
-              outcome.result);
-    return vntreport::Finish(errorText, &*report, kMethod, outcome.result, outcome.text);
+    return vntreport::RunDelivery(errorText, kind, kMethod, [](const vntreport::Report& report) {
+        std::string why;
+        const std::optional<VntDialData> settings = DialSettings(&why);
+        return settings ? Deliver(report, *settings) : dialsvc::Delivery{kRefused, why};
+    });
 }
 static_assert(std::is_same_v<decltype(AM_Dll_ALV_Vnt), GUIVntReport_fn>);

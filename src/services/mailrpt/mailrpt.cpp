@@ -9,6 +9,7 @@
 #include <thread>
 #include <type_traits>
 
+#include "curlx.h"
 #include "mail_settings.h"
 #include "message.h"
 #include "report.h"
@@ -19,23 +20,7 @@ namespace {
 
 constexpr const char* kMethod = "InternetMail";
 
-// libcurl's process-wide state for the length of one report (reference-counted by libcurl).
-class CurlGlobal {
-  public:
-    CurlGlobal() : ok_(curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK) {}
-    ~CurlGlobal() {
-        if (ok_)
-            curl_global_cleanup();
-    }
-    CurlGlobal(const CurlGlobal&) = delete;
-    CurlGlobal& operator=(const CurlGlobal&) = delete;
-    bool ok() const { return ok_; }
-
-  private:
-    bool ok_;
-};
-
-mailrpt::Outcome Deliver(const vntreport::Report& report) {
+vntreport::Outcome Deliver(const vntreport::Report& report) {
     std::string error;
     const std::optional<mailrpt::MailSettings> settings = mailrpt::ReadMailSettings(&error);
     if (!settings)
@@ -44,11 +29,11 @@ mailrpt::Outcome Deliver(const vntreport::Report& report) {
         mailrpt::ComposeMail(report, settings->from, settings->to, settings->subject, &error);
     if (!mail)
         return {vntreport::kFailed, error};
-    const CurlGlobal curl;
+    const curlx::Global curl;
     if (!curl.ok())
         return {vntreport::kFailed, "the mail library could not start"};
     if (settings->popBeforeSmtp) {
-        const mailrpt::Outcome pop = mailrpt::PopLoginOnce(*settings->popBeforeSmtp);
+        const vntreport::Outcome pop = mailrpt::PopLoginOnce(*settings->popBeforeSmtp);
         if (pop.result != vntreport::kSent)
             return pop;
         std::this_thread::sleep_for(std::chrono::seconds(settings->popBeforeSmtp->waitSeconds));
@@ -59,20 +44,6 @@ mailrpt::Outcome Deliver(const vntreport::Report& report) {
 }  // namespace
 
 extern "C" ZOLWIN_API uint32_t AMEIMain(char** errorText, const char* kind) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] kind=%s", kind != nullptr ? kind : "(null)");
-    std::string error;
-    const std::optional<vntreport::Report> report =
-        vntreport::BuildReport(kind != nullptr ? kind : "", &error);
-    if (!report) {
-        const uint32_t result =
-            vntreport::Finish(errorText, nullptr, kMethod, vntreport::kFailed, error);
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<no report.return %u.", result);
-        return result;
-    }
-    const mailrpt::Outcome outcome = Deliver(*report);
-    const uint32_t result =
-        vntreport::Finish(errorText, &*report, kMethod, outcome.result, outcome.text);
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "<return %u.", result);
-    return result;
+    return vntreport::RunDelivery(errorText, kind, kMethod, Deliver);
 }
 static_assert(std::is_same_v<decltype(AMEIMain), GUIVntReport_fn>);

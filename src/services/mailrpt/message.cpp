@@ -7,13 +7,7 @@
 namespace mailrpt {
 namespace {
 
-bool IsAscii(std::string_view text) {
-    for (const char c : text) {
-        if (static_cast<unsigned char>(c) >= 0x80)
-            return false;
-    }
-    return true;
-}
+using vntreport::IsAscii;
 
 bool HasControl(std::string_view text) {
     for (const char c : text) {

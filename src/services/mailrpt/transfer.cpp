@@ -9,6 +9,7 @@
 #include <memory>
 #include <string_view>
 
+#include "curlx.h"
 #include "report.h"
 
 namespace mailrpt {
@@ -16,16 +17,6 @@ namespace {
 
 constexpr long kConnectTimeoutSeconds = 30;
 constexpr long kTransferTimeoutSeconds = 120;
-
-struct EasyDeleter {
-    void operator()(CURL* curl) const { curl_easy_cleanup(curl); }
-};
-using Easy = std::unique_ptr<CURL, EasyDeleter>;
-
-struct ListDeleter {
-    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
-using List = std::unique_ptr<curl_slist, ListDeleter>;
 
 // Which server a transfer talks to, for the texts.
 struct Peer {
@@ -126,7 +117,7 @@ Outcome EnvelopeRefusal(std::string_view detail, long reply, const MailSettings&
 
 Outcome PopLoginOnce(const PopLogin& pop) {
     const Peer peer{"POP", pop.server, pop.port};
-    Easy curl(curl_easy_init());
+    const curlx::Easy curl(curl_easy_init());
     if (!curl)
         return {vntreport::kFailed, "the mail library could not start (no memory)"};
     char errorBuffer[CURL_ERROR_SIZE] = {};
@@ -148,7 +139,7 @@ Outcome PopLoginOnce(const PopLogin& pop) {
 
 Outcome SendMail(const MailSettings& settings, const std::string& mail) {
     const Peer peer{"SMTP", settings.server, settings.port};
-    Easy curl(curl_easy_init());
+    const curlx::Easy curl(curl_easy_init());
     if (!curl)
         return {vntreport::kFailed, "the mail library could not start (no memory)"};
     char errorBuffer[CURL_ERROR_SIZE] = {};
@@ -157,13 +148,10 @@ Outcome SendMail(const MailSettings& settings, const std::string& mail) {
     curl_easy_setopt(curl.get(), CURLOPT_URL, url.c_str());
     const std::string from = "<" + settings.from + ">";
     curl_easy_setopt(curl.get(), CURLOPT_MAIL_FROM, from.c_str());
-    List recipients;
+    curlx::List recipients;
     for (const std::string& to : settings.to) {
-        curl_slist* more = curl_slist_append(recipients.get(), ("<" + to + ">").c_str());
-        if (more == nullptr)
+        if (!curlx::Append(recipients, "<" + to + ">"))
             return {vntreport::kFailed, "the mail library could not start (no memory)"};
-        static_cast<void>(recipients.release());
-        recipients.reset(more);
     }
     curl_easy_setopt(curl.get(), CURLOPT_MAIL_RCPT, recipients.get());
     if (settings.smtpAuth) {

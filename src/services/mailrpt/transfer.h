@@ -8,13 +8,11 @@
 #include <string>
 
 #include "mail_settings.h"
+#include "report.h"
 
 namespace mailrpt {
 
-struct Outcome {
-    uint32_t result = 0;
-    std::string text;  // empty on success
-};
+using vntreport::Outcome;
 
 Outcome PopLoginOnce(const PopLogin& pop);
 Outcome SendMail(const MailSettings& settings, const std::string& mail);

@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+#include "curlx.h"
+
 namespace vnthttps {
 
 namespace {
@@ -14,28 +16,15 @@ namespace {
 constexpr long kConnectSeconds = 10;
 constexpr long kTransferSeconds = 60;
 
-struct EasyRelease {
-    void operator()(CURL* c) const { curl_easy_cleanup(c); }
-};
-struct ListRelease {
-    void operator()(curl_slist* l) const { curl_slist_free_all(l); }
-};
-struct UrlRelease {
-    void operator()(CURLU* u) const { curl_url_cleanup(u); }
-};
-struct TextRelease {
-    void operator()(char* t) const { curl_free(t); }
-};
-
 // The host named by url, for messages ("" when it cannot be parsed).
 std::string HostOf(const std::string& url) {
-    const std::unique_ptr<CURLU, UrlRelease> parsed(curl_url());
+    const curlx::Url parsed(curl_url());
     if (!parsed || curl_url_set(parsed.get(), CURLUPART_URL, url.c_str(), 0) != CURLUE_OK)
         return {};
     char* host = nullptr;
     if (curl_url_get(parsed.get(), CURLUPART_HOST, &host, 0) != CURLUE_OK)
         return {};
-    const std::unique_ptr<char, TextRelease> owned(host);
+    const curlx::Text owned(host);
     return owned.get();
 }
 
@@ -116,16 +105,13 @@ void SetOptions(CURL* curl, const HttpsTarget& t, const std::string& payload, cu
 }  // namespace
 
 Attempt PostReport(const HttpsTarget& target, const std::string& payload, const std::string& kind) {
-    const std::unique_ptr<CURL, EasyRelease> curl(curl_easy_init());
+    const curlx::Easy curl(curl_easy_init());
     if (!curl)
         return Refused("the HTTPS library could not start (libcurl)");
-    curl_slist* list = curl_slist_append(nullptr, "Content-Type: text/plain; charset=UTF-8");
-    std::unique_ptr<curl_slist, ListRelease> headers(list);
-    if (list != nullptr)
-        list = curl_slist_append(list, ("X-ZOLVNT-Kind: " + kind).c_str());
-    if (list != nullptr)
-        list = curl_slist_append(list, "Expect:");  // no 100-continue round trip
-    if (list == nullptr)
+    curlx::List headers;
+    if (!curlx::Append(headers, "Content-Type: text/plain; charset=UTF-8") ||
+        !curlx::Append(headers, "X-ZOLVNT-Kind: " + kind) ||
+        !curlx::Append(headers, "Expect:"))  // no 100-continue round trip
         return Refused("the HTTPS library ran out of memory");
     char errorBuffer[CURL_ERROR_SIZE] = {};
     SetOptions(curl.get(), target, payload, headers.get(), errorBuffer);

@@ -42,17 +42,12 @@ std::vector<Url> UrlsFor(const std::string& kind, const VntHttpsData& s, std::st
     return urls;
 }
 
-struct Delivery {
-    uint32_t result = kRefused;
-    std::string text;
-};
-
 // Posts to each URL in turn until one takes the report. 1 only when every URL failed in a way
 // that may pass (not reached, no answer).
-Delivery Deliver(const vntreport::Report& report, const VntHttpsData& s,
-                 const std::vector<Url>& urls) {
+vntreport::Outcome Post(const vntreport::Report& report, const VntHttpsData& s,
+                        const std::vector<Url>& urls) {
     const std::string payload = "Subject: " + report.subject + "\r\n\r\n" + report.body;
-    Delivery outcome{kRetry, {}};
+    vntreport::Outcome outcome{kRetry, {}};
     for (const Url& u : urls) {
         const vnthttps::HttpsTarget target{u.url, s.ProxyUse == 1, s.ProxyAddr,
                                            static_cast<int>(s.ProxyPort)};
@@ -70,24 +65,18 @@ Delivery Deliver(const vntreport::Report& report, const VntHttpsData& s,
     return outcome;
 }
 
+vntreport::Outcome Deliver(const vntreport::Report& report) {
+    VntHttpsData settings{};
+    if (GetHTTPSSetting(&settings) != 0)
+        return {kRefused, "the HTTPS settings cannot be read"};
+    std::string why;
+    const std::vector<Url> urls = UrlsFor(report.kind, settings, &why);
+    return urls.empty() ? vntreport::Outcome{kRefused, why} : Post(report, settings, urls);
+}
+
 }  // namespace
 
 extern "C" ZOLWIN_API uint32_t GUIVntReport(char** errorText, const char* kind) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] kind=%s", kind ? kind : "(null)");
-    std::string why;
-    const std::optional<vntreport::Report> report = vntreport::BuildReport(kind ? kind : "", &why);
-    if (!report) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<BuildReport failed.return %u.", kRefused);
-        return vntreport::Finish(errorText, nullptr, kMethod, kRefused, why);
-    }
-    VntHttpsData settings{};
-    Delivery outcome{kRefused, "the HTTPS settings cannot be read"};
-    if (GetHTTPSSetting(&settings) == 0) {
-        const std::vector<Url> urls = UrlsFor(report->kind, settings, &why);
-        outcome = urls.empty() ? Delivery{kRefused, why} : Deliver(*report, settings, urls);
-    }
-    ZOL_TRACE(outcome.result == kSent ? TRACE_LEVEL_TRACE : TRACE_LEVEL_ERROR, "<return %u.",
-              outcome.result);
-    return vntreport::Finish(errorText, &*report, kMethod, outcome.result, outcome.text);
+    return vntreport::RunDelivery(errorText, kind, kMethod, Deliver);
 }
 static_assert(std::is_same_v<decltype(GUIVntReport), GUIVntReport_fn>);

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <string>
 
+#include "report.h"
+
 namespace vntmgr {
 
 struct ManagerTarget {
@@ -14,10 +16,7 @@ struct ManagerTarget {
 
 // The outcome in the delivery convention: 0 acknowledged, 1 may be tried again (the manager
 // did not answer), 4 refused, with a text for the administrator.
-struct Delivery {
-    uint32_t result = 4;
-    std::string text;
-};
+using Delivery = vntreport::Outcome;
 
 // Sends frame to the manager and waits for its answer to a report of the given kind.
 Delivery SendToManager(const ManagerTarget& target, const std::string& frame,

@@ -50,26 +50,22 @@ void KeepStatus(bool acknowledged) {
         ZOL_TRACE(TRACE_LEVEL_ERROR, "%s=%u could not be stored.", kStatusValue, status);
 }
 
+vntreport::Outcome Deliver(const vntreport::Report& report) {
+    std::string why;
+    const std::optional<vntmgr::ManagerTarget> target = ManagerFromSettings(&why);
+    vntreport::Outcome outcome{kRefused, why};
+    if (target) {
+        const std::string frame =
+            vntwire::Frame(report.kind, {{"Subject", report.subject}}, report.body);
+        outcome = vntmgr::SendToManager(*target, frame, report.kind);
+    }
+    KeepStatus(outcome.result == vntreport::kSent);
+    return outcome;
+}
+
 }  // namespace
 
 extern "C" ZOLWIN_API uint32_t AMVntManReport_E(char** errorText, const char* kind) {
-    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] kind=%s", kind ? kind : "(null)");
-    std::string why;
-    const std::optional<vntreport::Report> report = vntreport::BuildReport(kind ? kind : "", &why);
-    if (!report) {
-        ZOL_TRACE(TRACE_LEVEL_ERROR, "<BuildReport failed.return %u.", kRefused);
-        return vntreport::Finish(errorText, nullptr, kMethod, kRefused, why);
-    }
-    const std::optional<vntmgr::ManagerTarget> target = ManagerFromSettings(&why);
-    vntmgr::Delivery outcome{kRefused, why};
-    if (target) {
-        const std::string frame =
-            vntwire::Frame(report->kind, {{"Subject", report->subject}}, report->body);
-        outcome = vntmgr::SendToManager(*target, frame, report->kind);
-    }
-    KeepStatus(outcome.result == 0);
-    ZOL_TRACE(outcome.result == 0 ? TRACE_LEVEL_TRACE : TRACE_LEVEL_ERROR, "<return %u.",
-              outcome.result);
-    return vntreport::Finish(errorText, &*report, kMethod, outcome.result, outcome.text);
+    return vntreport::RunDelivery(errorText, kind, kMethod, Deliver);
 }
 static_assert(std::is_same_v<decltype(AMVntManReport_E), GUIVntReport_fn>);

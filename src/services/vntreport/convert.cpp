@@ -76,6 +76,18 @@ std::optional<std::string> EucJpToUtf8(std::string_view euc) {
     return ConvertText("UTF-8", "EUC-JP", euc);
 }
 
+std::optional<std::string> Utf8ToEucJp(std::string_view utf8) {
+    return ConvertText("EUC-JP", "UTF-8", utf8);
+}
+
+bool IsAscii(std::string_view text) {
+    for (const char c : text) {
+        if (static_cast<unsigned char>(c) >= 0x80)
+            return false;
+    }
+    return true;
+}
+
 void Wipe(std::string* secret) {
     if (secret == nullptr || secret->empty())
         return;

@@ -1,9 +1,10 @@
 // The outcome convention of the delivery entries: the error text handed to the caller and one
-// alert-log line per report, written through logacc.dll.
+// alert-log line per report, written through logacc.dll; and the entry skeleton around it.
 #include <zolwin.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -57,6 +58,21 @@ uint32_t Finish(char** errorText, const Report* report, std::string_view method,
               said.empty() ? "" : ": ", said.c_str());
     WriteAlertLine(kind, how, result);
     return result;
+}
+
+uint32_t RunDelivery(char** errorText, const char* kind, std::string_view method,
+                     const std::function<Outcome(const Report&)>& send) {
+    ZOL_TRACE(TRACE_LEVEL_TRACE, "> [IN] kind=%s", kind != nullptr ? kind : "(null)");
+    std::string why;
+    const std::optional<Report> report = BuildReport(kind != nullptr ? kind : "", &why);
+    if (!report) {
+        ZOL_TRACE(TRACE_LEVEL_ERROR, "<BuildReport failed.return %u.", kFailed);
+        return Finish(errorText, nullptr, method, kFailed, why);
+    }
+    const Outcome outcome = send(*report);
+    ZOL_TRACE(outcome.result == kSent ? TRACE_LEVEL_TRACE : TRACE_LEVEL_ERROR, "<return %u.",
+              outcome.result);
+    return Finish(errorText, &*report, method, outcome.result, outcome.text);
 }
 
 ProductLibrary::ProductLibrary(std::string_view file) {

@@ -6,6 +6,7 @@
 #include <zolwin.h>
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,10 +37,22 @@ std::optional<Report> BuildReport(std::string_view kind, std::string* error);
 // True for the kinds BuildReport knows.
 bool IsKnownKind(std::string_view kind);
 
-// Converters at the edge: UTF-8 -> ISO-2022-JP (mail), store text EUC-JP -> UTF-8. nullopt
+// Converters at the edge: UTF-8 -> ISO-2022-JP (mail), store text EUC-JP <-> UTF-8. nullopt
 // when the text is not valid in its encoding or holds a character the target cannot carry.
 std::optional<std::string> Utf8ToIso2022Jp(std::string_view utf8);
 std::optional<std::string> EucJpToUtf8(std::string_view euc);
+std::optional<std::string> Utf8ToEucJp(std::string_view utf8);
+// True when text has only 7-bit characters (no conversion changes it).
+bool IsAscii(std::string_view text);
+
+// What a delivery made of one report: its result and, when not sent, the administrator's text.
+// localFault: the fault is on this side (the line, the settings), so another destination of the
+// same report would fail the same way.
+struct Outcome {
+    uint32_t result = kFailed;
+    std::string text;
+    bool localFault = false;
+};
 
 // The outcome convention every delivery entry shares: sets *errorText to a malloc'd copy of
 // text (when errorText is not null and text not empty) and writes ONE line to the alert log
@@ -47,6 +60,12 @@ std::optional<std::string> EucJpToUtf8(std::string_view euc);
 // Returns result. report may be null when no report could be built.
 uint32_t Finish(char** errorText, const Report* report, std::string_view method, uint32_t result,
                 std::string_view text);
+
+// The whole of a delivery entry: builds the report of kind (a refusal when it cannot be built),
+// hands it to send and finishes with send's outcome as Finish does, the entry's trace lines
+// around it. Returns the entry's result.
+uint32_t RunDelivery(char** errorText, const char* kind, std::string_view method,
+                     const std::function<Outcome(const Report&)>& send);
 
 // A service library of the product root ("%s/lib/%s" under GetZolRootPath), released when the
 // object goes out of scope.
