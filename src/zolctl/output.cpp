@@ -1,55 +1,29 @@
 // Text at the edge of zolctl: store texts (EUC-JP in Japanese installations) converted for the
 // terminal and for JSON, typed texts converted for comparison with the store, JSON escaping.
-#include <iconv.h>
 #include <langinfo.h>
 
 #include <cstdio>
 #include <string>
 
+#include "report.h"
 #include "zolctl/zolctl.h"
 
 namespace zolctl {
 
 namespace {
 
-bool IsAscii(std::string_view text) {
-    for (const char c : text) {
-        if (static_cast<unsigned char>(c) >= 0x80)
-            return false;
-    }
-    return true;
-}
+using vntreport::IsAscii;
 
 bool LocaleIsUtf8() {
     const std::string_view codeset = nl_langinfo(CODESET);
     return codeset == "UTF-8" || codeset == "utf8";
 }
 
-// Converts text between two character sets; nothing when it holds a byte sequence the source
-// set does not have.
-std::optional<std::string> Convert(std::string_view text, const char* to, const char* from) {
-    iconv_t cd = iconv_open(to, from);
-    if (cd == reinterpret_cast<iconv_t>(-1))
-        return std::nullopt;
-    std::string in(text);
-    std::string out(text.size() * 4 + 4, '\0');
-    char* inPtr = in.data();
-    std::size_t inLeft = in.size();
-    char* outPtr = out.data();
-    std::size_t outLeft = out.size();
-    const std::size_t rc = iconv(cd, &inPtr, &inLeft, &outPtr, &outLeft);
-    iconv_close(cd);
-    if (rc == static_cast<std::size_t>(-1) || inLeft != 0)
-        return std::nullopt;
-    out.resize(out.size() - outLeft);
-    return out;
-}
-
 // EUC-JP store text as UTF-8; bytes that are no EUC-JP are shown as "\xNN" rather than lost.
 std::string EucToUtf8(std::string_view text) {
     if (IsAscii(text))
         return std::string(text);
-    if (auto converted = Convert(text, "UTF-8", "EUC-JP"))
+    if (auto converted = vntreport::EucJpToUtf8(text))
         return *converted;
     std::string shown;
     for (const char c : text) {
@@ -74,7 +48,7 @@ std::string ForTerminal(std::string_view storeText) {
 std::string ForStore(std::string_view typed) {
     if (IsAscii(typed) || !LocaleIsUtf8())
         return std::string(typed);
-    return Convert(typed, "EUC-JP", "UTF-8").value_or(std::string(typed));
+    return vntreport::Utf8ToEucJp(typed).value_or(std::string(typed));
 }
 
 std::string JsonString(std::string_view storeText) {
