@@ -75,8 +75,7 @@ void Report(const char* what, const std::vector<double>& ms) {
 int main(int argc, char** argv) {
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
     zoltest::ProductRoot root;
-    nettest::TempDir dir;
-    const nettest::TestCa ca(dir.path());
+    const nettest::TestCa ca;
     const nettest::HttpsServer server(ca);
     zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
     zoltest::ScopedEnv bundle("CURL_CA_BUNDLE", ca.caCert().string());

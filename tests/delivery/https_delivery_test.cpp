@@ -25,7 +25,7 @@ const std::string kHttps = ZOL_KEY_HTTPS_SETTING;
 
 class HttpsDeliveryTest : public NetDeliveryTest {
   protected:
-    HttpsDeliveryTest() : ca_(dir_.path()), bundle_("CURL_CA_BUNDLE", ca_.caCert().string()) {}
+    HttpsDeliveryTest() : bundle_("CURL_CA_BUNDLE", ca_.caCert().string()) {}
 
     void Settings(const std::string& url1, const std::string& url2, DWORD next, int proxyPort = 0) {
         ASSERT_EQ(store_.setText(kHttps, "HTTPD1URL", url1), 0);
@@ -40,7 +40,6 @@ class HttpsDeliveryTest : public NetDeliveryTest {
         return "https://127.0.0.1:" + std::to_string(FreePort()) + "/r";
     }
 
-    TempDir dir_;
     TestCa ca_;
     zoltest::ScopedEnv bundle_;
 };
@@ -132,8 +131,7 @@ TEST_F(HttpsDeliveryTest, ThroughTheProxyWhenOneIsSet) {
 
 // Failures that no retry mends: each with its result 4 and its own text, nothing accepted.
 TEST_F(HttpsDeliveryTest, RefusalsSayWhatFailed) {
-    TempDir otherDir;
-    const TestCa otherCa(otherDir.path());
+    const TestCa otherCa;
     HttpsServer unknownCa(otherCa);
     HttpsServer refusing(ca_, 503);
     struct Case {

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <functional>
 #include <string>
 
 #include "delivery_fixture.h"
@@ -98,38 +97,33 @@ TEST_F(DeliveryTest, PopBeforeSmtpLogsInFirstAndAWrongPopPasswordSaysSo) {
 TEST_F(DeliveryTest, FailuresGiveTheirResultAndText) {
     SmtpServer smtp;
     ASSERT_TRUE(smtp.ready());
+    const std::string local = "127.0.0.1", centre = "centre@example.com";
     const struct {
         const char* what;
-        std::function<void()> setUp;
+        std::string server;
+        uint16_t port;
+        std::string to;
         uint32_t result;
         std::string text;
     } cases[] = {
-        {"server down", [&] { UseSmtp(deliverytest::FreePort()); }, 1u,
+        {"server down", local, deliverytest::FreePort(), centre, 1u,
          "cannot be reached now; try again later"},
-        {"unknown host", [&] { UseSmtp(smtp.port(), "smtp.nosuch.invalid"); }, 4u,
+        {"unknown host", "smtp.nosuch.invalid", smtp.port(), centre, 4u,
          "unknown host smtp.nosuch.invalid"},
-        {"recipient refused",
-         [&] {
-             UseSmtp(smtp.port());
-             SetAddress("ETo", "nobody@example.com");
-         },
-         4u, "the SMTP server refused the recipient nobody@example.com"},
-        {"no server set", [&] { UseSmtp(smtp.port(), ""); }, 4u,
+        {"recipient refused", local, smtp.port(), "nobody@example.com", 4u,
+         "the SMTP server refused the recipient nobody@example.com"},
+        {"no server set", "", smtp.port(), centre, 4u,
          "no SMTP server is set in the internet-mail base settings"},
-        {"no address",
-         [&] {
-             UseSmtp(smtp.port());
-             SetAddress("ETo", "");
-         },
-         4u, "no address is set for the service's reports"},
+        {"no address", local, smtp.port(), "", 4u, "no address is set for the service's reports"},
     };
     for (const auto& c : cases) {
-        c.setUp();
+        UseSmtp(c.port, c.server);
+        SetAddress("ETo", c.to);
         const Sent sent = SendMail("E");
         EXPECT_EQ(sent.result, c.result) << c.what << ": " << sent.text;
         EXPECT_NE(sent.text.find(c.text), std::string::npos) << c.what << ": " << sent.text;
-        SetAddress("ETo", "centre@example.com");
     }
+    SetAddress("ETo", centre);
     EXPECT_TRUE(smtp.Mails().empty());
     // An unknown kind is refused before anything is sent.
     UseSmtp(smtp.port());
@@ -165,8 +159,7 @@ TEST_F(DeliveryTest, JapaneseReportArrivesLegibleInIso2022Jp) {
 }
 
 TEST_F(DeliveryTest, StartTlsWithTheTestCaTrustedAndUntrusted) {
-    deliverytest::TempDir certDir;
-    const deliverytest::TestCertificates certs(certDir.path());
+    const deliverytest::TestCa certs;
     SmtpServer smtp({.user = "mailer", .password = "tls-Pw", .tls = &certs});
     ASSERT_TRUE(smtp.ready());
     UseSmtp(smtp.port());
@@ -179,7 +172,7 @@ TEST_F(DeliveryTest, StartTlsWithTheTestCaTrustedAndUntrusted) {
         EXPECT_EQ(sent.text, "the SMTP server's certificate is not trusted");
         EXPECT_TRUE(smtp.Mails().empty());
     }
-    zoltest::ScopedEnv bundle("CURL_CA_BUNDLE", certs.ca.string());
+    zoltest::ScopedEnv bundle("CURL_CA_BUNDLE", certs.caCert().string());
     const Sent sent = SendMail("E");
     EXPECT_EQ(sent.result, 0u) << sent.text;
     EXPECT_EQ(smtp.Mails().size(), 1u);

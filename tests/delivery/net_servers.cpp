@@ -6,10 +6,7 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <pty.h>
-#include <signal.h>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -30,27 +27,6 @@ using Clock = std::chrono::steady_clock;
 
 void Sleep(int ms) {
     std::this_thread::sleep_for(std::chrono::milliseconds(ms));
-}
-
-// The program of that name on PATH (the test support runs programs by path).
-std::string OnPath(const std::string& name) {
-    const char* path = std::getenv("PATH");
-    std::string dirs = path ? path : "/usr/bin:/bin";
-    for (std::size_t start = 0; start <= dirs.size();) {
-        const std::size_t end = std::min(dirs.find(':', start), dirs.size());
-        const fs::path candidate = fs::path(dirs.substr(start, end - start)) / name;
-        if (access(candidate.c_str(), X_OK) == 0)
-            return candidate.string();
-        start = end + 1;
-    }
-    return name;
-}
-
-void MustRun(std::vector<std::string> argv) {
-    argv[0] = OnPath(argv[0]);
-    const zoltest::RunResult r = zoltest::run(argv, std::map<std::string, std::string>{});
-    if (r.status != 0)
-        throw std::runtime_error(argv[0] + " " + argv[1] + " failed: " + r.err);
 }
 
 // Reads what a socket or terminal has now (up to a short wait) onto buffer; false at its end.
@@ -91,112 +67,6 @@ bool TakeFrame(std::string& buffer, std::string* frame, std::string* kind) {
 
 }  // namespace
 
-TempDir::TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "zolnet.XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
-}
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-}
-
-ChildProcess::ChildProcess(const std::vector<std::string>& argv, const fs::path& output) {
-    const pid_t parent = getpid();
-    pid_ = fork();
-    if (pid_ < 0)
-        throw std::runtime_error("fork failed");
-    if (pid_ == 0) {
-        // Dies with the test, whatever way the test ends.
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent)
-            _exit(127);
-        const int out = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        if (out >= 0) {
-            dup2(out, 1);
-            dup2(out, 2);
-        }
-        std::vector<char*> args;
-        for (const std::string& a : argv)
-            args.push_back(const_cast<char*>(a.c_str()));
-        args.push_back(nullptr);
-        execvp(args[0], args.data());
-        _exit(127);
-    }
-}
-
-bool ChildProcess::running() {
-    return pid_ > 0 && waitpid(pid_, nullptr, WNOHANG) == 0;
-}
-
-ChildProcess::~ChildProcess() {
-    if (pid_ <= 0)
-        return;
-    kill(pid_, SIGTERM);
-    for (int i = 0; i < 100; ++i) {
-        if (waitpid(pid_, nullptr, WNOHANG) != 0)
-            return;
-        Sleep(20);
-    }
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-}
-
-int FreePort() {
-    const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in a{};
-    a.sin_family = AF_INET;
-    a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof a;
-    if (fd < 0 || bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 ||
-        getsockname(fd, reinterpret_cast<sockaddr*>(&a), &size) != 0)
-        throw std::runtime_error("no free port");
-    close(fd);
-    return ntohs(a.sin_port);
-}
-
-bool WaitForListener(int port, int timeoutMs) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(timeoutMs);
-    while (Clock::now() < deadline) {
-        const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_port = htons(static_cast<uint16_t>(port));
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const bool up = connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) == 0;
-        close(fd);
-        if (up)
-            return true;
-        Sleep(20);
-    }
-    return false;
-}
-
-TestCa::TestCa(const fs::path& dir) : dir_(dir) {
-    const std::string d = dir.string() + "/";
-    const std::vector<std::string> ec = {"-newkey", "ec", "-pkeyopt",
-                                         "ec_paramgen_curve:prime256v1", "-nodes"};
-    std::vector<std::string> ca = {"openssl", "req", "-x509"};
-    ca.insert(ca.end(), ec.begin(), ec.end());
-    ca.insert(ca.end(), {"-keyout", d + "ca.key", "-out", d + "ca.pem", "-days", "2", "-subj",
-                         "/CN=ZOL delivery test CA", "-addext", "basicConstraints=critical,CA:TRUE",
-                         "-addext", "keyUsage=critical,keyCertSign,cRLSign"});
-    MustRun(ca);
-    std::vector<std::string> csr = {"openssl", "req"};
-    csr.insert(csr.end(), ec.begin(), ec.end());
-    csr.insert(csr.end(),
-               {"-keyout", d + "server.key", "-out", d + "server.csr", "-subj", "/CN=127.0.0.1"});
-    MustRun(csr);
-    zoltest::writeFile(dir / "ext.cnf",
-                       "subjectAltName=IP:127.0.0.1,DNS:localhost\nbasicConstraints=CA:FALSE\n"
-                       "extendedKeyUsage=serverAuth\n");
-    MustRun({"openssl", "x509", "-req", "-in", d + "server.csr", "-CA", d + "ca.pem", "-CAkey",
-             d + "ca.key", "-CAcreateserial", "-out", d + "server.pem", "-days", "2", "-extfile",
-             d + "ext.cnf"});
-}
-
 HttpsServer::HttpsServer(const TestCa& ca, int status) {
     const fs::path script = fs::path(ZOL_SOURCE_DIR) / "tests" / "delivery" / "https_server.py";
     const fs::path portFile = dir_.path() / "port";
@@ -219,17 +89,11 @@ std::string HttpsServer::url(const std::string& path) const {
     return "https://127.0.0.1:" + std::to_string(port_) + path;
 }
 
-std::vector<std::string> HttpsServer::bodies() const {
+std::vector<std::string> HttpsServer::posts(const char* suffix) const {
     std::vector<std::string> all;
-    for (int n = 1; fs::exists(dir_.path() / "posts" / (std::to_string(n) + ".body")); ++n)
-        all.push_back(zoltest::readFile(dir_.path() / "posts" / (std::to_string(n) + ".body")));
-    return all;
-}
-
-std::vector<std::string> HttpsServer::headers() const {
-    std::vector<std::string> all;
-    for (int n = 1; fs::exists(dir_.path() / "posts" / (std::to_string(n) + ".headers")); ++n)
-        all.push_back(zoltest::readFile(dir_.path() / "posts" / (std::to_string(n) + ".headers")));
+    for (fs::path file;
+         fs::exists(file = dir_.path() / "posts" / (std::to_string(all.size() + 1) + suffix));)
+        all.push_back(zoltest::readFile(file));
     return all;
 }
 
@@ -249,7 +113,7 @@ Tinyproxy::Tinyproxy() : port_(FreePort()) {
     process_ = std::make_unique<ChildProcess>(
         std::vector<std::string>{"tinyproxy", "-d", "-c", config.string()},
         dir_.path() / "tinyproxy.out");
-    if (!WaitForListener(port_))
+    if (!WaitForPort(port_))
         throw std::runtime_error("tinyproxy did not start: " +
                                  zoltest::readFile(dir_.path() / "tinyproxy.out"));
 }

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -13,50 +14,15 @@
 #include <thread>
 #include <vector>
 
+#include "test_process.h"
+
 namespace nettest {
 
-// A fresh folder, removed with its contents.
-class TempDir {
-  public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
-
-// A program run in the background, its output to a file, stopped when this goes.
-class ChildProcess {
-  public:
-    ChildProcess(const std::vector<std::string>& argv, const std::filesystem::path& output);
-    ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-    bool running();
-
-  private:
-    int pid_ = -1;
-};
-
-// A loopback TCP port nobody listens on just now.
-int FreePort();
-// True once 127.0.0.1:port accepts connections (polled, up to timeoutMs).
-bool WaitForListener(int port, int timeoutMs = 10000);
-
-// A certificate authority and a server certificate it signed for 127.0.0.1 and localhost.
-class TestCa {
-  public:
-    explicit TestCa(const std::filesystem::path& dir);
-    std::filesystem::path caCert() const { return dir_ / "ca.pem"; }
-    std::filesystem::path serverCert() const { return dir_ / "server.pem"; }
-    std::filesystem::path serverKey() const { return dir_ / "server.key"; }
-
-  private:
-    std::filesystem::path dir_;
-};
+using deliverytest::ChildProcess;
+using deliverytest::FreePort;
+using deliverytest::TempDir;
+using deliverytest::TestCa;
+using deliverytest::WaitForPort;
 
 // The HTTPS server of https_server.py, answering every POST with status.
 class HttpsServer {
@@ -65,12 +31,13 @@ class HttpsServer {
     int port() const { return port_; }
     std::string url(const std::string& path = "/report") const;
     // The bodies of the POSTs received so far, in order, and the headers of each.
-    std::vector<std::string> bodies() const;
-    std::vector<std::string> headers() const;
+    std::vector<std::string> bodies() const { return posts(".body"); }
+    std::vector<std::string> headers() const { return posts(".headers"); }
     // Waits until count POSTs are recorded (the server records just after it answers).
     bool waitForPosts(std::size_t count, int timeoutMs = 5000) const;
 
   private:
+    std::vector<std::string> posts(const char* suffix) const;
     TempDir dir_;
     std::unique_ptr<ChildProcess> process_;
     int port_ = 0;
@@ -85,7 +52,7 @@ class Tinyproxy {
 
   private:
     TempDir dir_;
-    int port_ = 0;
+    uint16_t port_ = 0;
     std::unique_ptr<ChildProcess> process_;
 };
 

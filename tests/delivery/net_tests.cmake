@@ -3,7 +3,7 @@
 # playing the modem. The servers are part of the test support, shared with the HTTPS benchmark.
 add_library(netdeliverytest STATIC ${CMAKE_CURRENT_LIST_DIR}/net_servers.cpp)
 target_include_directories(netdeliverytest PUBLIC ${CMAKE_CURRENT_LIST_DIR})
-target_link_libraries(netdeliverytest PUBLIC zoltestsupport util)
+target_link_libraries(netdeliverytest PUBLIC deliverytestsupport util)
 
 zol_add_test(net_delivery_test
     ${CMAKE_CURRENT_LIST_DIR}/https_delivery_test.cpp
@@ -15,4 +15,5 @@ target_link_libraries(net_delivery_test PRIVATE netdeliverytest zolrecords)
 if(TARGET zolscreentest)
     zol_add_test(net_screen_test ${CMAKE_CURRENT_LIST_DIR}/net_screen_test.cpp)
     target_link_libraries(net_screen_test PRIVATE netdeliverytest zolscreentest)
+    target_include_directories(net_screen_test PRIVATE ${CMAKE_SOURCE_DIR}/tests/vantrel)
 endif()

@@ -2,83 +2,37 @@
 // Japanese data converted from the store's EUC-JP, the date as the mail base setting says,
 // refusals of unusable store values, and the outcome convention (error text, alert-log line).
 #include <gtest/gtest.h>
-#include <iconv.h>
 #include <zolwin.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 
-#include "product_root.h"
+#include "delivery_fixture.h"
 #include "regpaths.h"
 #include "report.h"
+#include "servers.h"
 
 namespace {
-
-namespace fs = std::filesystem;
 
 const std::string kSetting = ZOL_KEY_VNT_SETTING;
 const std::string kMail = ZOL_KEY_MAIL_SETTING;
 
-// "テスト株式会社" in EUC-JP, as a Japanese installation stores it.
-const std::string kCompanyEuc = "\xa5\xc6\xa5\xb9\xa5\xc8\xb3\xf4\xbc\xb0\xb2\xf1\xbc\xd2";
+using deliverytest::kCompanyEuc;
 const std::string kCompanyUtf8 = "テスト株式会社";
 
-class ReportTest : public ::testing::Test {
+class ReportTest : public deliverytest::LibraryTest {
   protected:
+    ReportTest() : LibraryTest("reporttest") {}
     void SetUp() override {
-        ASSERT_EQ(TraceLogInit(0, "reporttest", 0, 5, 0), 0);
+        LibraryTest::SetUp();
         SetText(kSetting, "USERCODE", "U0001234");
         SetText(kSetting, "TOKUINMA", "Example Corp.");
         SetText(kSetting, "SYSNMN", "db01");
     }
-    void TearDown() override { ZolRegCloseStore(); }
-
-    static void SetRaw(const std::string& path, const char* name, DWORD type,
-                       const std::string& data) {
-        HKEY key = nullptr;
-        ASSERT_EQ(RegCreateKey(HKEY_LOCAL_MACHINE, path.c_str(), &key), ERROR_SUCCESS);
-        EXPECT_EQ(RegSetValueEx(key, name, 0, type, reinterpret_cast<const BYTE*>(data.data()),
-                                static_cast<DWORD>(data.size())),
-                  ERROR_SUCCESS);
-        RegCloseKey(key);
-    }
-    static void SetText(const std::string& key, const char* name, const std::string& text) {
-        SetRaw(key, name, REG_SZ, std::string(text.c_str(), text.size() + 1));
-    }
-    static void SetDword(const std::string& key, const char* name, DWORD value) {
-        SetRaw(key, name, REG_DWORD, std::string(reinterpret_cast<const char*>(&value), 4));
-    }
-
-    std::string AlertLog() const {
-        std::string all;
-        const fs::path folder = root_.path() / "log" / "alert";
-        if (fs::exists(folder)) {
-            for (const auto& entry : fs::directory_iterator(folder))
-                all += zoltest::readFile(entry.path());
-        }
-        return all;
-    }
-
-    zoltest::ProductRoot root_{true};
-    zoltest::ScopedEnv zolDir_{"ZolDir", root_.path().string()};
 };
 
-std::string FromIso2022Jp(const std::string& text) {
-    iconv_t cd = iconv_open("UTF-8", "ISO-2022-JP");
-    std::string out(text.size() * 4 + 4, '\0');
-    char* in = const_cast<char*>(text.data());
-    size_t inLeft = text.size();
-    char* dst = out.data();
-    size_t outLeft = out.size();
-    const size_t rc = iconv(cd, &in, &inLeft, &dst, &outLeft);
-    iconv_close(cd);
-    if (rc == static_cast<size_t>(-1))
-        return "<invalid>";
-    out.resize(out.size() - outLeft);
-    return out;
-}
+using deliverytest::FromIso2022Jp;
 
 TEST_F(ReportTest, EveryKindHasItsTitleAndTheStoreData) {
     const struct {

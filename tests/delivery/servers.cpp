@@ -1,22 +1,13 @@
 // The delivery tests' servers and helpers.
 #include "servers.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
 #include <iconv.h>
-#include <netinet/in.h>
-#include <signal.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/wait.h>
+#include <sys/types.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
-#include <thread>
 
 #include "product_root.h"
 
@@ -24,110 +15,7 @@ namespace deliverytest {
 
 namespace fs = std::filesystem;
 
-TempDir::TempDir() {
-    std::string pattern = (fs::temp_directory_path() / "zoldeliv-XXXXXX").string();
-    if (mkdtemp(pattern.data()) == nullptr)
-        throw std::runtime_error("mkdtemp failed");
-    path_ = pattern;
-}
-
-TempDir::~TempDir() {
-    std::error_code ec;
-    fs::remove_all(path_, ec);
-}
-
-ChildProcess::ChildProcess(const std::vector<std::string>& argv, const fs::path& output) {
-    // Everything the child needs is made before the fork: between fork and exec it only makes
-    // system calls.
-    std::vector<char*> args;
-    for (const std::string& a : argv)
-        args.push_back(const_cast<char*>(a.c_str()));
-    args.push_back(nullptr);
-    const int out = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (out < 0)
-        throw std::runtime_error("cannot write " + output.string());
-    const pid_t parent = getpid();
-    pid_ = fork();
-    if (pid_ == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-        if (getppid() != parent)
-            _exit(127);
-        setpgid(0, 0);
-        if (dup2(out, 1) < 0 || dup2(out, 2) < 0)
-            _exit(127);
-        execv(args[0], args.data());
-        _exit(127);
-    }
-    close(out);
-    if (pid_ < 0)
-        throw std::runtime_error("fork failed");
-}
-
-bool ChildProcess::running() const {
-    return pid_ > 0 && waitpid(pid_, nullptr, WNOHANG) == 0;
-}
-
-void ChildProcess::Stop() {
-    if (pid_ <= 0)
-        return;
-    kill(-pid_, SIGTERM);
-    kill(pid_, SIGTERM);
-    for (int i = 0; i < 50; ++i) {
-        if (waitpid(pid_, nullptr, WNOHANG) != 0) {
-            kill(-pid_, SIGKILL);  // helpers of the server left in its group
-            pid_ = -1;
-            return;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    }
-    kill(-pid_, SIGKILL);
-    kill(pid_, SIGKILL);
-    waitpid(pid_, nullptr, 0);
-    pid_ = -1;
-}
-
-ChildProcess::~ChildProcess() {
-    Stop();
-}
-
-uint16_t FreePort() {
-    const int fd = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in addr{};
-    addr.sin_family = AF_INET;
-    addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof addr;
-    if (bind(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) != 0 ||
-        getsockname(fd, reinterpret_cast<sockaddr*>(&addr), &size) != 0) {
-        close(fd);
-        throw std::runtime_error("no free port");
-    }
-    close(fd);
-    return ntohs(addr.sin_port);
-}
-
-bool WaitForPort(uint16_t port, std::chrono::milliseconds limit) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (std::chrono::steady_clock::now() < end) {
-        const int fd = socket(AF_INET, SOCK_STREAM, 0);
-        sockaddr_in addr{};
-        addr.sin_family = AF_INET;
-        addr.sin_port = htons(port);
-        addr.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const bool ok = connect(fd, reinterpret_cast<sockaddr*>(&addr), sizeof addr) == 0;
-        close(fd);
-        if (ok)
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    }
-    return false;
-}
-
 namespace {
-
-void Run(const std::string& command) {
-    if (std::system(command.c_str()) != 0)
-        throw std::runtime_error("failed: " + command);
-}
 
 std::vector<std::string> ReadNumbered(const fs::path& dir, const char* suffix) {
     std::vector<std::string> all;
@@ -140,19 +28,6 @@ std::vector<std::string> ReadNumbered(const fs::path& dir, const char* suffix) {
 }
 
 }  // namespace
-
-TestCertificates::TestCertificates(const fs::path& folder)
-    : ca(folder / "ca.pem"), cert(folder / "server.pem"), key(folder / "server.key") {
-    const std::string d = folder.string();
-    Run("openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=ZolTestCA -keyout " + d +
-        "/ca.key -out " + d + "/ca.pem >/dev/null 2>&1");
-    Run("openssl req -newkey rsa:2048 -nodes -subj /CN=127.0.0.1 -keyout " + d +
-        "/server.key -out " + d + "/server.csr >/dev/null 2>&1");
-    zoltest::writeFile(folder / "san.ext", "subjectAltName=IP:127.0.0.1,DNS:localhost\n");
-    Run("openssl x509 -req -in " + d + "/server.csr -CA " + d + "/ca.pem -CAkey " + d +
-        "/ca.key -CAcreateserial -days 2 -extfile " + d + "/san.ext -out " + d +
-        "/server.pem >/dev/null 2>&1");
-}
 
 SmtpServer::SmtpServer(const SmtpOptions& options)
     : port_(FreePort()),
@@ -167,12 +42,12 @@ SmtpServer::SmtpServer(const SmtpOptions& options)
               if (!options.user.empty())
                   argv.insert(argv.end(), {"--user", options.user, "--password", options.password});
               if (options.tls != nullptr)
-                  argv.insert(argv.end(), {"--cert", options.tls->cert.string(), "--key",
-                                           options.tls->key.string()});
+                  argv.insert(argv.end(), {"--cert", options.tls->serverCert().string(), "--key",
+                                           options.tls->serverKey().string()});
               return argv;
           }(),
           dir_.path() / "server.log"),
-      ready_(WaitForPort(port_, std::chrono::seconds(15))) {}
+      ready_(WaitForPort(port_)) {}
 
 std::vector<std::string> SmtpServer::Mails() const {
     return ReadNumbered(dir_.path(), ".eml");
@@ -234,7 +109,7 @@ PopServer::PopServer(const std::string& user, const std::string& password)
           return dir_.path() / "dovecot.conf";
       }()),
       process_({"/usr/sbin/dovecot", "-F", "-c", config_.string()}, dir_.path() / "server.out"),
-      ready_(WaitForPort(port_, std::chrono::seconds(15))) {}
+      ready_(WaitForPort(port_)) {}
 
 std::string PopServer::Log() const {
     return zoltest::readFile(dir_.path() / "dovecot.log") +

@@ -3,58 +3,19 @@
 // child also dies with the test process through PR_SET_PDEATHSIG).
 #pragma once
 
-#include <sys/types.h>
-
-#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "test_process.h"
+
 namespace deliverytest {
-
-// A temporary folder, removed with everything in it.
-class TempDir {
-  public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
-
-// A child process: started by the constructor, terminated (then killed) by the destructor.
-class ChildProcess {
-  public:
-    ChildProcess(const std::vector<std::string>& argv, const std::filesystem::path& output);
-    ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
-    bool running() const;
-    void Stop();
-
-  private:
-    pid_t pid_ = -1;
-};
-
-// A TCP port on 127.0.0.1 nobody listens on now.
-uint16_t FreePort();
-// True once something accepts connections on 127.0.0.1:port.
-bool WaitForPort(uint16_t port, std::chrono::milliseconds limit);
-
-// A test CA and a server certificate it signed for 127.0.0.1 and localhost.
-struct TestCertificates {
-    explicit TestCertificates(const std::filesystem::path& folder);
-    std::filesystem::path ca, cert, key;
-};
 
 struct SmtpOptions {
     std::string user;  // empty: no authentication
     std::string password;
-    const TestCertificates* tls = nullptr;  // STARTTLS offered with this certificate
+    const TestCa* tls = nullptr;  // STARTTLS offered with this certificate
 };
 
 // aiosmtpd (tests/delivery/smtp_server.py) writing what it accepts into its folder.
