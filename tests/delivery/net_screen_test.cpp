@@ -3,6 +3,7 @@
 // and the dial-up screen's test button dialling a modem played on a pseudo-terminal.
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,12 +12,16 @@
 #include "regpaths.h"
 #include "store_reader.h"
 #include "terminal.h"
+#include "vantrel_screen_util.h"
 
 namespace nettest {
 namespace {
 
 namespace keys = zoltest::keys;
 using frametest::english;
+using vantreltest::closeAll;
+using vantreltest::cursorOnRow;
+using vantreltest::tabs;
 using zoltest::ProductRoot;
 using zoltest::Terminal;
 
@@ -34,25 +39,21 @@ void Dismiss(Terminal& t, const std::string& text) {
     ASSERT_TRUE(t.waitFor([&](const Terminal& s) { return !s.contains(text); })) << t.dump();
 }
 
-bool CursorOnRow(Terminal& t, const std::string& label) {
-    return t.waitFor([&](const Terminal& s) {
-        const int row = s.findRow(label);
-        return row >= 0 && s.cursor().first == row;
-    });
-}
-
-void CloseAll(Terminal& t) {
-    for (int i = 0; i < 6 && t.running(); ++i) {
-        const std::string before = t.screenText();
-        t.send(keys::CtrlO);
-        t.waitFor([&](const Terminal& s) { return !s.running() || s.screenText() != before; });
-    }
-    ASSERT_TRUE(t.waitForExit()) << t.dump();
+// From the main menu: the service's base screen, switched on, the method at that place in the
+// list chosen (1 dial-up ... 3 HTTPS), OK: that method's screen opens.
+std::unique_ptr<Terminal> OpenMethodScreen(const ProductRoot& root, int method) {
+    auto t = vantreltest::openServiceBase(root);
+    t->send(keys::Space);
+    tabs(*t, method + 1);
+    t->send(keys::Space);
+    tabs(*t, 5 - method);  // the methods after it, Suppression, OK
+    t->send(keys::Enter);
+    return t;
 }
 
 class NetScreenTest : public ::testing::Test {
   protected:
-    NetScreenTest() : ca_(dir_.path()), bundle_("CURL_CA_BUNDLE", ca_.caCert().string()) {}
+    NetScreenTest() : bundle_("CURL_CA_BUNDLE", ca_.caCert().string()) {}
 
     // A service set up from an HTTPS key floppy, reporting over HTTPS to these URLs.
     void SetUpHttps(const std::string& url1, const std::string& url2) {
@@ -66,7 +67,6 @@ class NetScreenTest : public ::testing::Test {
     }
 
     ProductRoot root_;
-    TempDir dir_;
     TestCa ca_;
     zoltest::ScopedEnv bundle_;
 };
@@ -79,7 +79,7 @@ TEST_F(NetScreenTest, StopReportGoesOverHttpsFromTheMenu) {
     for (int i = 0; i < 4; ++i)
         t->send(keys::Down);
     t->send(keys::Enter);
-    ASSERT_TRUE(CursorOnRow(*t, english(root_, "VANTREL_USERINFO_ID1"))) << t->dump();
+    ASSERT_TRUE(cursorOnRow(*t, english(root_, "VANTREL_USERINFO_ID1"))) << t->dump();
     t->send(keys::Tab);
     t->send(keys::Enter);
     const std::string ask = english(root_, "IDS_MSG_ASK");
@@ -88,7 +88,7 @@ TEST_F(NetScreenTest, StopReportGoesOverHttpsFromTheMenu) {
     })) << t->dump();
     t->send(keys::Enter);
     Dismiss(*t, english(root_, "IDS_MSG_END"));
-    ASSERT_TRUE(CursorOnRow(*t, english(root_, "VANTREL_CEASE_ID"))) << t->dump();
+    ASSERT_TRUE(cursorOnRow(*t, english(root_, "VANTREL_CEASE_ID"))) << t->dump();
 
     ASSERT_TRUE(server.waitForPosts(1));
     EXPECT_NE(server.bodies().front().find("KIND=E\r\n"), std::string::npos);
@@ -96,7 +96,7 @@ TEST_F(NetScreenTest, StopReportGoesOverHttpsFromTheMenu) {
     EXPECT_NE(server.headers().front().find("POST /centre"), std::string::npos);
     // Sent: the service's set-up is cleared.
     EXPECT_EQ(zoltest::StoreReader(root_).dword(kService, "InstVantrelKeyFD"), 0u);
-    CloseAll(*t);
+    closeAll(*t);
 }
 
 // The HTTPS screen's two test buttons: the first URL takes the report, the second is down.
@@ -104,24 +104,9 @@ TEST_F(NetScreenTest, HttpsTestButtonsShowEachOutcome) {
     HttpsServer server(ca_);
     SetUpHttps(server.url(), "https://127.0.0.1:" + std::to_string(FreePort()) + "/r");
     ASSERT_EQ(zoltest::StoreReader(root_).setDword(kService, "MethodType", 0), 0);
-    auto t = frametest::startMenu(root_);
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForText(english(root_, "BASE_REPORT_SNMP_ID"))) << t->dump();
-    for (int i = 0; i < 3; ++i)
-        t->send(keys::Down);
-    t->send(keys::Enter);
-    ASSERT_TRUE(CursorOnRow(*t, english(root_, "VNT_SUB_ENABLE_ID"))) << t->dump();
-    // Switch on, HTTPS (the fourth method), OK: the HTTPS screen opens with the stored URLs.
-    t->send(keys::Space);
-    for (int i = 0; i < 4; ++i)
-        t->send(keys::Tab);
-    t->send(keys::Space);
-    t->send(keys::Tab);
-    t->send(keys::Tab);
-    t->send(keys::Enter);
+    auto t = OpenMethodScreen(root_, 3);  // HTTPS, with the stored URLs
     ASSERT_TRUE(t->waitForText(server.url())) << t->dump();
-    for (int i = 0; i < 4; ++i)  // primary URL, secondary URL, continuation, Proxy
-        t->send(keys::Tab);
+    tabs(*t, 4);  // primary URL, secondary URL, continuation, Proxy
     t->send(keys::Enter);
     Dismiss(*t, english(root_, "TEST_REPORT_OK"));
     ASSERT_TRUE(server.waitForPosts(1));
@@ -133,7 +118,7 @@ TEST_F(NetScreenTest, HttpsTestButtonsShowEachOutcome) {
     ASSERT_TRUE(t->waitForText("cannot be reached")) << t->dump();
     Dismiss(*t, english(root_, "ERROR_TEST_REPORT"));
     EXPECT_EQ(server.bodies().size(), 1u);
-    CloseAll(*t);
+    closeAll(*t);
 }
 
 // The dial-up screen's first test button dials the stored primary number on the stored line (a
@@ -146,31 +131,16 @@ TEST_F(NetScreenTest, DialUpTestButtonDialsTheStoredNumber) {
     ASSERT_EQ(store.setText(dial, "PhoneNo1", "(045)123-4567"), 0);
     ASSERT_EQ(store.setText(dial, "Device", modem.linePath()), 0);
     ASSERT_EQ(store.setDword(dial, "DialMode", 1), 0);
-    auto t = frametest::startMenu(root_);
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForText(english(root_, "BASE_REPORT_SNMP_ID"))) << t->dump();
-    for (int i = 0; i < 3; ++i)
-        t->send(keys::Down);
-    t->send(keys::Enter);
-    ASSERT_TRUE(CursorOnRow(*t, english(root_, "VNT_SUB_ENABLE_ID"))) << t->dump();
-    // Switch on, dial-up (the second method), OK: the dial-up screen with the stored line.
-    t->send(keys::Space);
-    t->send(keys::Tab);
-    t->send(keys::Tab);
-    t->send(keys::Space);
-    for (int i = 0; i < 4; ++i)  // the other two methods, Suppression, OK
-        t->send(keys::Tab);
-    t->send(keys::Enter);
+    auto t = OpenMethodScreen(root_, 1);  // dial-up, with the stored line
     ASSERT_TRUE(t->waitForText(modem.linePath())) << t->dump();
-    for (int i = 0; i < 7; ++i)  // numbers, user, device, tone, pulse, redial
-        t->send(keys::Tab);
+    tabs(*t, 7);  // numbers, user, device, tone, pulse, redial
     t->send(keys::Enter);
     Dismiss(*t, english(root_, "TEST_REPORT_OK"));
     const std::vector<std::string> expected = {"ATZ", "ATE0", "ATDP0451234567", "ATH"};
     EXPECT_EQ(modem.commands(), expected);
     ASSERT_EQ(modem.frames().size(), 1u);
     EXPECT_EQ(modem.frames().front().rfind("ZOLVNT/1 T1 ", 0), 0u);
-    CloseAll(*t);
+    closeAll(*t);
 }
 
 }  // namespace

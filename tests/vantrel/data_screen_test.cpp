@@ -10,10 +10,13 @@
 #include "frame_test_util.h"
 #include "regpaths.h"
 #include "store_reader.h"
+#include "vantrel_screen_util.h"
 
 namespace {
 
 namespace keys = zoltest::keys;
+using vantreltest::clearEntry;
+using vantreltest::tabs;
 using zoltest::ProductRoot;
 using zoltest::Terminal;
 
@@ -33,18 +36,6 @@ std::string storedText(const ProductRoot& root, const char* name) {
 
 void setText(const ProductRoot& root, const char* name, const std::string& value) {
     ASSERT_EQ(zoltest::StoreReader(root).setText(kSettingKey, name, value), ERROR_SUCCESS);
-}
-
-void tabs(Terminal& t, int count) {
-    for (int i = 0; i < count; ++i)
-        t.send(keys::Tab);
-}
-
-// Empties the focused entry that holds at most `length` characters.
-void clearEntry(Terminal& t, int length) {
-    t.send(keys::End);
-    for (int i = 0; i < length; ++i)
-        t.send(keys::Backspace);
 }
 
 // The reverse-video runs of the screen: the focused button and the current row of each list.

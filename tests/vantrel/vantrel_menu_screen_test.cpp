@@ -19,23 +19,24 @@
 #include "servers.h"
 #include "store_reader.h"
 #include "ui/encoding.h"
+#include "vantrel_screen_util.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 namespace keys = zoltest::keys;
 using frametest::english;
+using vantreltest::clearEntry;
+using vantreltest::closeAll;
+using vantreltest::cursorOnRow;
+using vantreltest::kServiceKey;
+using vantreltest::kSettingKey;
+using vantreltest::storedDword;
+using vantreltest::tabs;
 using zoltest::ProductRoot;
 using zoltest::Terminal;
 
-const std::string kServiceKey = ZOL_KEY_VNTSERVICE;
-const std::string kSettingKey = ZOL_KEY_VNT_SETTING;
-
 // ---- The store ----
-
-DWORD storedDword(const ProductRoot& root, const std::string& key, const char* name) {
-    return zoltest::StoreReader(root).dword(key, name).value_or(0xFFFFFFFF);
-}
 
 std::string storedText(const ProductRoot& root, const std::string& key, const char* name) {
     return zoltest::StoreReader(root).text(key, name).value_or("?");
@@ -113,24 +114,6 @@ fs::path handMadeFloppy(const ProductRoot& root, const std::string& name,
 
 // ---- Keys and screens ----
 
-void tabs(Terminal& t, int count) {
-    for (int i = 0; i < count; ++i)
-        t.send(keys::Tab);
-}
-
-void clearEntry(Terminal& t, int length) {
-    t.send(keys::End);
-    for (int i = 0; i < length; ++i)
-        t.send(keys::Backspace);
-}
-
-bool cursorOnRow(Terminal& t, const std::string& label, int below = 0) {
-    return t.waitFor([&](const Terminal& s) {
-        const int row = s.findRow(label);
-        return row >= 0 && s.cursor().first == row + below;
-    });
-}
-
 // True when one of the reverse-video runs (the focused button, the lists' current rows) is
 // exactly `text`.
 bool reverseRun(const Terminal& s, const std::string& text) {
@@ -188,22 +171,22 @@ std::unique_ptr<Terminal> enterService(const ProductRoot& root, bool inJapanese 
     return t;
 }
 
+// The service's menu entered, Cease chosen and its question answered with OK.
+std::unique_ptr<Terminal> ceaseAsked(const ProductRoot& root) {
+    auto t = enterService(root);
+    EXPECT_TRUE(menuShown(root, *t)) << t->dump();
+    t->send(keys::Tab);
+    t->send(keys::Enter);
+    answer(*t, english(root, "IDS_MSG_ASK"), true);
+    return t;
+}
+
 // From the path dialog: the entry emptied, the path typed, OK.
 void givePath(Terminal& t, const fs::path& path) {
     clearEntry(t, 100);
     t.type(path.string());
     t.send(keys::Tab);
     t.send(keys::Enter);
-}
-
-void closeAll(Terminal& t) {
-    for (int i = 0; i < 5 && t.running(); ++i) {
-        const std::string before = t.screenText();
-        t.send(keys::CtrlO);
-        t.waitFor([&](const Terminal& s) { return !s.running() || s.screenText() != before; });
-    }
-    ASSERT_TRUE(t.waitForExit()) << t.dump();
-    EXPECT_EQ(t.exitStatus(), 1) << t.dump();
 }
 
 }  // namespace
@@ -356,11 +339,7 @@ TEST(VantrelMenuScreen, CeaseWithoutDeliveryLibraryKeepsTheSetUp) {
     markSetUp(root);
     fs::remove(root.path() / "lib" / "mailrpt.dll");
     const ServiceSetUp before = storedSetUp(root);
-    auto t = enterService(root);
-    ASSERT_TRUE(menuShown(root, *t)) << t->dump();
-    t->send(keys::Tab);
-    t->send(keys::Enter);
-    answer(*t, english(root, "IDS_MSG_ASK"), true);
+    auto t = ceaseAsked(root);
     dismiss(*t, FormatText(english(root, "IDS_ERR_LOAD_DLL"), {"mailrpt.dll"}));
     dismiss(*t, english(root, "IDS_ERR_END"));
     ASSERT_TRUE(cursorOnRow(*t, english(root, "VANTREL_CEASE_ID"))) << t->dump();
@@ -391,11 +370,7 @@ TEST(VantrelMenuScreen, CeaseThroughTheDeliveryLibrary) {
                       fs::copy_options::overwrite_existing);
         zoltest::writeFile(root.path() / "log" / "test_delivery.results", c.results);
         const ServiceSetUp before = storedSetUp(root);
-        auto t = enterService(root);
-        ASSERT_TRUE(menuShown(root, *t)) << t->dump();
-        t->send(keys::Tab);
-        t->send(keys::Enter);
-        answer(*t, english(root, "IDS_MSG_ASK"), true);
+        auto t = ceaseAsked(root);
         for (const bool retry : c.retryAnswers)
             answer(*t, english(root, "IDS_MSG_RETRY"), retry);
         if (c.sent) {
@@ -672,11 +647,7 @@ TEST(VantrelMenuScreen, CeaseByMailThroughRealServers) {
         useMailServers(root, mode == "down" ? deliverytest::FreePort() : smtp.port(),
                        mode == "pop" ? &pop : nullptr);
         const ServiceSetUp before = storedSetUp(root);
-        auto t = enterService(root);
-        ASSERT_TRUE(menuShown(root, *t)) << t->dump();
-        t->send(keys::Tab);
-        t->send(keys::Enter);
-        answer(*t, english(root, "IDS_MSG_ASK"), true);
+        auto t = ceaseAsked(root);
         if (mode == "down") {
             answer(*t, english(root, "IDS_MSG_RETRY"), false);
             dismiss(*t, "cannot be reached now");
