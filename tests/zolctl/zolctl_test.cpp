@@ -4,10 +4,7 @@
 // statuses of bad usage and an unreadable store.
 #include <arpa/inet.h>
 #include <netinet/in.h>
-#include <poll.h>
-#include <signal.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <zolwin.h>
 
@@ -26,6 +23,7 @@
 
 #include "product_root.h"
 #include "rptset_api.h"
+#include "test_process.h"
 
 namespace {
 
@@ -512,56 +510,33 @@ TEST(ZolctlTest, RemoteReportServiceOutcomeIsTheLibrarys) {
     }
 }
 
-// snmptrapd run unprivileged on a loopback port, its log on a pipe the test reads.
+// snmptrapd run unprivileged on a loopback port (the test's child), its log in a file.
 class TrapReceiver {
   public:
-    TrapReceiver(const fs::path& dir, int port) {
-        const fs::path conf = dir / "snmptrapd.conf";
-        zoltest::writeFile(conf, "disableAuthorization yes\n");
-        int out[2];
-        EXPECT_EQ(::pipe(out), 0);
-        pid_ = ::fork();
-        if (pid_ == 0) {
-            ::setenv("SNMP_PERSISTENT_DIR", dir.c_str(), 1);
-            ::dup2(out[1], 1);
-            ::dup2(out[1], 2);
-            const std::string where = "udp:127.0.0.1:" + std::to_string(port);
-            ::execl("/usr/sbin/snmptrapd", "snmptrapd", "-f", "-Lo", "-n", "-C", "-c", conf.c_str(),
-                    "-M", "/dev/null", "-m", "", "--doNotRetainNotificationLogs=yes", "-p",
-                    (dir / "snmptrapd.pid").c_str(), where.c_str(), nullptr);
-            ::_exit(127);
-        }
-        ::close(out[1]);
-        fd_ = out[0];
-    }
-    ~TrapReceiver() {
-        if (pid_ > 0) {
-            ::kill(pid_, SIGTERM);
-            ::waitpid(pid_, nullptr, 0);
-        }
-        ::close(fd_);
-    }
+    TrapReceiver(const fs::path& dir, int port)
+        : log_(dir / "snmptrapd.log"), process_(Command(dir, port), log_) {}
     // Reads its log until text appears (true) or 10 seconds pass.
-    bool waitFor(const std::string& text) {
+    bool waitFor(const std::string& text) const {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        while (log_.find(text) == std::string::npos && std::chrono::steady_clock::now() < end) {
-            pollfd p{fd_, POLLIN, 0};
-            if (::poll(&p, 1, 200) == 1) {
-                char buffer[512];
-                const ssize_t n = ::read(fd_, buffer, sizeof buffer);
-                if (n <= 0)
-                    break;
-                log_.append(buffer, static_cast<std::size_t>(n));
-            }
-        }
-        return log_.find(text) != std::string::npos;
+        while (log().find(text) == std::string::npos && std::chrono::steady_clock::now() < end)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        return log().find(text) != std::string::npos;
     }
-    const std::string& log() const { return log_; }
+    std::string log() const { return zoltest::readFile(log_); }
 
   private:
-    pid_t pid_ = -1;
-    int fd_ = -1;
-    std::string log_;
+    static std::vector<std::string> Command(const fs::path& dir, int port) {
+        zoltest::writeFile(dir / "snmptrapd.conf", "disableAuthorization yes\n");
+        const std::string d = dir.string();
+        std::vector<std::string> argv = {"/usr/bin/env", "SNMP_PERSISTENT_DIR=" + d,
+                                         "/usr/sbin/snmptrapd"};
+        argv.insert(argv.end(), {"-f", "-Lo", "-n", "-C", "-c", d + "/snmptrapd.conf", "-M",
+                                 "/dev/null", "-m", "", "--doNotRetainNotificationLogs=yes", "-p",
+                                 d + "/snmptrapd.pid", "udp:127.0.0.1:" + std::to_string(port)});
+        return argv;
+    }
+    fs::path log_;
+    deliverytest::ChildProcess process_;
 };
 
 int freeUdpPort() {
