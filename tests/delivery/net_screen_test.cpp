@@ -39,15 +39,10 @@ void Dismiss(Terminal& t, const std::string& text) {
     ASSERT_TRUE(t.waitFor([&](const Terminal& s) { return !s.contains(text); })) << t.dump();
 }
 
-// From the main menu: the service's base screen, switched on, the method at that place in the
-// list chosen (1 dial-up ... 3 HTTPS), OK: that method's screen opens.
-std::unique_ptr<Terminal> OpenMethodScreen(const ProductRoot& root, int method) {
+// From the main menu: the service's base screen switched on by that method, whose screen opens.
+std::unique_ptr<Terminal> OpenMethodScreen(const ProductRoot& root, vantreltest::Method method) {
     auto t = vantreltest::openServiceBase(root);
-    t->send(keys::Space);
-    tabs(*t, method + 1);
-    t->send(keys::Space);
-    tabs(*t, 5 - method);  // the methods after it, Suppression, OK
-    t->send(keys::Enter);
+    vantreltest::switchOnBy(root, *t, method);
     return t;
 }
 
@@ -104,7 +99,7 @@ TEST_F(NetScreenTest, HttpsTestButtonsShowEachOutcome) {
     HttpsServer server(ca_);
     SetUpHttps(server.url(), "https://127.0.0.1:" + std::to_string(FreePort()) + "/r");
     ASSERT_EQ(zoltest::StoreReader(root_).setDword(kService, "MethodType", 0), 0);
-    auto t = OpenMethodScreen(root_, 3);  // HTTPS, with the stored URLs
+    auto t = OpenMethodScreen(root_, vantreltest::kHttps);  // HTTPS, with the stored URLs
     ASSERT_TRUE(t->waitForText(server.url())) << t->dump();
     tabs(*t, 4);  // primary URL, secondary URL, continuation, Proxy
     t->send(keys::Enter);
@@ -131,7 +126,7 @@ TEST_F(NetScreenTest, DialUpTestButtonDialsTheStoredNumber) {
     ASSERT_EQ(store.setText(dial, "PhoneNo1", "(045)123-4567"), 0);
     ASSERT_EQ(store.setText(dial, "Device", modem.linePath()), 0);
     ASSERT_EQ(store.setDword(dial, "DialMode", 1), 0);
-    auto t = OpenMethodScreen(root_, 1);  // dial-up, with the stored line
+    auto t = OpenMethodScreen(root_, vantreltest::kDialUp);  // dial-up, with the stored line
     ASSERT_TRUE(t->waitForText(modem.linePath())) << t->dump();
     tabs(*t, 7);  // numbers, user, device, tone, pulse, redial
     t->send(keys::Enter);

@@ -27,22 +27,8 @@ std::string storeExport(const ProductRoot& root) {
     return zoltest::readFile(file);
 }
 
-// Delivery methods in the order of the base screen's radio buttons.
-enum Method { kMail = 0, kDialUp = 1, kManager = 2, kHttps = 3 };
-
 std::string titled(const ProductRoot& root, const char* id) {
     return "┤ " + english(root, id) + " ├";
-}
-
-// From the service's base screen with its switch off and the focus on it: switch on, choose the
-// method and press OK.
-void switchOnBy(const ProductRoot& root, Terminal& t, Method method) {
-    t.send(keys::Space);
-    tabs(t, 1 + method);
-    t.send(keys::Space);
-    tabs(t, 5 - method);  // the other methods, Suppression, OK
-    ASSERT_TRUE(focusedButton(t, english(root, "BUTTON_OK_ID"))) << t.dump();
-    t.send(keys::Enter);
 }
 
 // Presses the focused OK of a method screen, expects the refusal `id` and is back on OK after it.

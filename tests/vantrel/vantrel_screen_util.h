@@ -98,6 +98,20 @@ inline std::unique_ptr<Terminal> openServiceBase(const ProductRoot& root) {
     return t;
 }
 
+// Delivery methods in the order of the base screen's radio buttons.
+enum Method { kMail = 0, kDialUp = 1, kManager = 2, kHttps = 3 };
+
+// From the service's base screen with its switch off and the focus on it: switch on, choose the
+// method and press OK.
+inline void switchOnBy(const ProductRoot& root, Terminal& t, Method method) {
+    t.send(keys::Space);
+    tabs(t, 1 + method);
+    t.send(keys::Space);
+    tabs(t, 5 - method);  // the other methods, Suppression, OK
+    ASSERT_TRUE(focusedButton(t, english(root, "BUTTON_OK_ID"))) << t.dump();
+    t.send(keys::Enter);
+}
+
 // From the service's base screen with its switch off: switch it on, keep internet mail, OK.
 inline void enterMailBase(const ProductRoot& root, Terminal& t) {
     t.send(keys::Space);
