@@ -21,6 +21,7 @@
 #include <thread>
 #include <vector>
 
+#include "net_servers.h"
 #include "product_root.h"
 #include "rptset_api.h"
 #include "test_process.h"
@@ -483,31 +484,38 @@ TEST(ZolctlTest, TcpReportInTheDocumentedFraming) {
     EXPECT_EQ(fax.out, "Fax: test reports are not offered for the method \"MANAGER (FAX)\"\n");
 }
 
-// Whatever the remote report service's delivery does today, zolctl says what the library said.
-TEST(ZolctlTest, RemoteReportServiceOutcomeIsTheLibrarys) {
+// The remote report service's ID goes by the service's own method; here via the manager, whose
+// stand-in acknowledges one test report and refuses the next.
+TEST(ZolctlTest, RemoteReportServiceSendsByItsMethod) {
     ProductRoot root;
+    const auto viaManager = [&](int port) {
+        import(root, "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Tavik\\VNTService]\n"
+                     "\"MethodType\"=dword:00000002\n\n[" +
+                         kIDList + "\\VantrelReport\\Address]\n\"ManagerIP\"=\"127.0.0.1\"\n"
+                         "\"ManagerPort\"=dword:" +
+                         [port] {
+                             char hex[9];
+        std::snprintf(hex, sizeof hex, "%08x", port);
+        return std::string(hex);
+                         }() +
+                         "\n");
+};
+{
+    nettest::ManagerListener manager("ACK T");
+    viaManager(manager.port());
     const RunResult r = zolctl(root, {"test", "VantrelReport"});
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    HMODULE lib = LoadLibrary((root.path() / "lib" / "rptset.dll").c_str());
-    ASSERT_NE(lib, nullptr);
-    auto* send =
-        reinterpret_cast<AMAMVantrelTestReport_fn*>(GetProcAddress(lib, "AMAMVantrelTestReport"));
-    ASSERT_NE(send, nullptr);
-    char* text = nullptr;
-    const int rc = send("VantrelReport", &text);
-    const std::string reason = text != nullptr ? text : "";
-    std::free(text);
-    FreeLibrary(lib);
-    if (rc == 0) {
-        EXPECT_EQ(r.status, 0);
-        EXPECT_EQ(r.out, "VantrelReport: sent by the remote report service\n");
-    } else {
-        EXPECT_EQ(r.status, 1);
-        EXPECT_EQ(r.out,
-                  "VantrelReport: not sent: " +
-                      (reason.empty() ? "the library answered " + std::to_string(rc) : reason) +
-                      "\n");
-    }
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "VantrelReport: sent by the remote report service\n");
+    ASSERT_EQ(manager.frames().size(), 1u);
+    EXPECT_TRUE(manager.frames().front().starts_with("ZOLVNT/1 T ")) << manager.frames().front();
+}
+nettest::ManagerListener refusing("NAK queue full");
+viaManager(refusing.port());
+const RunResult r = zolctl(root, {"test", "VantrelReport", "--json"});
+EXPECT_EQ(r.status, 1);
+EXPECT_TRUE(r.out.starts_with("{\"id\":\"VantrelReport\"")) << r.out;
+EXPECT_NE(r.out.find("\"sent\":false"), std::string::npos) << r.out;
+EXPECT_NE(r.out.find("queue full"), std::string::npos) << r.out;
 }
 
 // snmptrapd run unprivileged on a loopback port (the test's child), its log in a file.
