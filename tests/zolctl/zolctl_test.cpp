@@ -58,12 +58,16 @@ void import(const ProductRoot& root, const std::string& body) {
 std::string destination(const std::string& id, const std::string& values) {
     return "[" + kIDList + "\\" + id + "]\n" + values + "\n";
 }
+// A REGEDIT4 dword value's text.
+std::string dword(int value) {
+    char text[16];
+    std::snprintf(text, sizeof text, "dword:%08x", value);
+    return text;
+}
 std::string inBand(const std::string& id, const std::string& address, int port = 31134,
                    const std::string& extra = "") {
-    char dword[16];
-    std::snprintf(dword, sizeof dword, "%08x", port);
     return destination(id, "\"Method\"=\"MANAGER (TCP_IP IN-BAND)\"\n\"Address\"=\"" + address +
-                               "\"\n\"Port\"=dword:" + dword + "\n" + extra);
+                               "\"\n\"Port\"=" + dword(port) + "\n" + extra);
 }
 
 std::vector<std::string> lines(const std::string& text) {
@@ -489,33 +493,29 @@ TEST(ZolctlTest, TcpReportInTheDocumentedFraming) {
 TEST(ZolctlTest, RemoteReportServiceSendsByItsMethod) {
     ProductRoot root;
     const auto viaManager = [&](int port) {
-        import(root, "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Tavik\\VNTService]\n"
-                     "\"MethodType\"=dword:00000002\n\n[" +
-                         kIDList + "\\VantrelReport\\Address]\n\"ManagerIP\"=\"127.0.0.1\"\n"
-                         "\"ManagerPort\"=dword:" +
-                         [port] {
-                             char hex[9];
-        std::snprintf(hex, sizeof hex, "%08x", port);
-        return std::string(hex);
-                         }() +
-                         "\n");
-};
-{
-    nettest::ManagerListener manager("ACK T");
-    viaManager(manager.port());
-    const RunResult r = zolctl(root, {"test", "VantrelReport"});
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "VantrelReport: sent by the remote report service\n");
-    ASSERT_EQ(manager.frames().size(), 1u);
-    EXPECT_TRUE(manager.frames().front().starts_with("ZOLVNT/1 T ")) << manager.frames().front();
-}
-nettest::ManagerListener refusing("NAK queue full");
-viaManager(refusing.port());
-const RunResult r = zolctl(root, {"test", "VantrelReport", "--json"});
-EXPECT_EQ(r.status, 1);
-EXPECT_TRUE(r.out.starts_with("{\"id\":\"VantrelReport\"")) << r.out;
-EXPECT_NE(r.out.find("\"sent\":false"), std::string::npos) << r.out;
-EXPECT_NE(r.out.find("queue full"), std::string::npos) << r.out;
+        import(root,
+               "[HKEY_LOCAL_MACHINE\\SOFTWARE\\Tavik\\VNTService]\n"
+               "\"MethodType\"=dword:00000002\n\n" +
+                   destination("VantrelReport\\Address",
+                               "\"ManagerIP\"=\"127.0.0.1\"\n\"ManagerPort\"=" + dword(port)));
+    };
+    {
+        nettest::ManagerListener manager("ACK T");
+        viaManager(manager.port());
+        const RunResult r = zolctl(root, {"test", "VantrelReport"});
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.out, "VantrelReport: sent by the remote report service\n");
+        ASSERT_EQ(manager.frames().size(), 1u);
+        EXPECT_TRUE(manager.frames().front().starts_with("ZOLVNT/1 T "))
+            << manager.frames().front();
+    }
+    nettest::ManagerListener refusing("NAK queue full");
+    viaManager(refusing.port());
+    const RunResult r = zolctl(root, {"test", "VantrelReport", "--json"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_TRUE(r.out.starts_with("{\"id\":\"VantrelReport\"")) << r.out;
+    EXPECT_NE(r.out.find("\"sent\":false"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("queue full"), std::string::npos) << r.out;
 }
 
 // snmptrapd run unprivileged on a loopback port (the test's child), its log in a file.
@@ -566,10 +566,7 @@ TEST(ZolctlTest, SnmpTrapReachesSnmptrapd) {
     const int port = freeUdpPort();
     TrapReceiver receiver(root.path(), port);
     ASSERT_TRUE(receiver.waitFor("NET-SNMP version")) << receiver.log();
-    char dword[16];
-    std::snprintf(dword, sizeof dword, "%08x", port);
-    import(root,
-           destination("SNMP", "\"Address\"=\"127.0.0.1\"\n\"Port\"=dword:" + std::string(dword)));
+    import(root, destination("SNMP", "\"Address\"=\"127.0.0.1\"\n\"Port\"=" + dword(port)));
     const RunResult r = zolctl(root, {"test", "SNMP"});
     ASSERT_EQ(r.status, 0) << r.out << r.err;
     EXPECT_EQ(r.out, "SNMP: SNMPv2c trap sent to 127.0.0.1:" + std::to_string(port) + "\n");
