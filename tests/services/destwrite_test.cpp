@@ -21,9 +21,8 @@ class DestWriteTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        set = BindFromHandle<SetDestSetting_fn>(hLibRPTSET, "SetDestSetting");
-        get = BindFromHandle<GetDestSetting_fn>(hLibRPTSET, "GetDestSetting");
-        ASSERT_TRUE(set && get);
+        Bind(set, "SetDestSetting");
+        Bind(get, "GetDestSetting");
     }
     static RecordPtr Record(uint32_t operation, const std::string& id) {
         auto r = std::make_unique<DestData>();

@@ -14,9 +14,8 @@ class DscopyTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadDscopyDLL());
-        toText = BindFromHandle<ScheduleMaskToText_fn>(hLibDSCOPY, "x");
-        toMask = BindFromHandle<ScheduleTextToMask_fn>(hLibDSCOPY, "b");
-        ASSERT_TRUE(toText && toMask);
+        Bind(toText, "x", hLibDSCOPY);
+        Bind(toMask, "b", hLibDSCOPY);
     }
     std::string Text(uint32_t mask) {
         char text[SCHEDULE_TEXT_MAX];

@@ -25,10 +25,9 @@ class KeyFloppyTest : public SeededStoreTest {
     void SetUp() override {
         SeededStoreTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        read = BindFromHandle<GetOpenMsgfromFD_fn>(hLibRPTSET, "GetOpenMsgfromFD");
-        check = BindFromHandle<checkVntFile_fn>(hLibRPTSET, "checkVntFile");
-        flag = BindFromHandle<CheckKeyFDFlag_fn>(hLibRPTSET, "CheckKeyFDFlag");
-        ASSERT_TRUE(read && check && flag);
+        Bind(read, "GetOpenMsgfromFD");
+        Bind(check, "checkVntFile");
+        Bind(flag, "CheckKeyFDFlag");
     }
     zoltest::RunResult Zolkeyfd(std::vector<std::string> args) const {
         args.insert(args.begin(), root().bin("zolkeyfd").string());

@@ -40,23 +40,18 @@ class MonitorTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        bind(getAllAgnt, "GetAllAgntSetting");
-        bind(getAgnt, "GetAgntSetting");
-        bind(setAgnt, "SetAgntSetting");
-        bind(setAgntSN, "SetAgntDataForSN");
-        bind(getAllSys, "GetAllSyslogSetting");
-        bind(getSys, "GetSyslogSetting");
-        bind(setSys, "SetSyslogSetting");
-        bind(setSysSN, "SetSyslogDataForSN");
-        bind(addSys, "AddSyslogItem");
-        bind(delSys, "DelSyslogItem");
+        Bind(getAllAgnt, "GetAllAgntSetting");
+        Bind(getAgnt, "GetAgntSetting");
+        Bind(setAgnt, "SetAgntSetting");
+        Bind(setAgntSN, "SetAgntDataForSN");
+        Bind(getAllSys, "GetAllSyslogSetting");
+        Bind(getSys, "GetSyslogSetting");
+        Bind(setSys, "SetSyslogSetting");
+        Bind(setSysSN, "SetSyslogDataForSN");
+        Bind(addSys, "AddSyslogItem");
+        Bind(delSys, "DelSyslogItem");
         for (const char* id : {"SNMP", "MgrOne", "VantrelReport"})
             CreateKey(kIDList + "\\" + id);
-    }
-    template <class Fn>
-    void bind(Fn*& fn, const char* name) {
-        fn = BindFromHandle<Fn>(hLibRPTSET, name);
-        ASSERT_NE(fn, nullptr) << name;
     }
 
     void Event(const std::string& source, const std::string& event, const char* trap = "trap",

@@ -17,9 +17,8 @@ class RptsetTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        getAll = BindFromHandle<GetAllDestSetting_fn>(hLibRPTSET, "GetAllDestSetting");
-        getOne = BindFromHandle<GetDestSetting_fn>(hLibRPTSET, "GetDestSetting");
-        ASSERT_TRUE(getAll && getOne);
+        Bind(getAll, "GetAllDestSetting");
+        Bind(getOne, "GetDestSetting");
         std::memset(records.data(), 0x5a, records.size() * sizeof(DestData));
         for (DestData& r : records)
             table.push_back(&r);

@@ -37,15 +37,6 @@ class SeededStoreTest : public ServicesTest {
             return std::to_string(*reinterpret_cast<const DWORD*>(data));
         return std::string(reinterpret_cast<const char*>(data));
     }
-    // Every value below SOFTWARE\Tavik as zolreg exports it: a failed call must leave it equal.
-    std::string Snapshot() const {
-        const zoltest::RunResult r =
-            zoltest::run({root().bin("zolreg").string(), "export", "HKLM\\" ZOL_KEY_TAVIK,
-                          (root().path() / "snapshot.reg").string(), "/y"},
-                         root().env());
-        EXPECT_EQ(r.status, 0) << r.err;
-        return zoltest::readFile(root().path() / "snapshot.reg");
-    }
 };
 
 }  // namespace svctest

@@ -13,6 +13,7 @@
 #include "frame/libraries.h"
 #include "product_root.h"
 #include "regpaths.h"
+#include "srvinfo_api.h"
 
 namespace svctest {
 
@@ -73,6 +74,33 @@ class ServicesTest : public ::testing::Test {
     }
     void RemoveLibrary(const std::string& fileName) { std::filesystem::remove(lib(fileName)); }
     std::filesystem::path lib(const std::string& name) const { return root_.path() / "lib" / name; }
+
+    // Binds fn to the export `name` of lib, failing the test when it is missing.
+    template <class Fn>
+    static void Bind(Fn*& fn, const char* name, HMODULE lib = hLibRPTSET) {
+        fn = BindFromHandle<Fn>(lib, name);
+        ASSERT_NE(fn, nullptr) << name;
+    }
+    // Clears the remote report service's set-up through SRVINFO.DLL, loaded as the program loads
+    // it.
+    void ClearServiceSetUp() {
+        HMODULE srvinfo = LoadLibrary(lib("SRVINFO.DLL").c_str());
+        ASSERT_NE(srvinfo, nullptr) << ZolLastLoadError();
+        auto* clear = reinterpret_cast<VX_Clear_EMP_info_Data_fn*>(
+            GetProcAddress(srvinfo, "VX_Clear_EMP_info_Data"));
+        EXPECT_NE(clear, nullptr);
+        EXPECT_NE(clear != nullptr ? clear() : 0, 0);
+        FreeLibrary(srvinfo);
+    }
+    // Every value below SOFTWARE\Tavik as zolreg exports it: a refused call must leave it equal.
+    std::string Snapshot() const {
+        const auto file = root_.path() / "snapshot.reg";
+        const zoltest::RunResult r = zoltest::run(
+            {root_.bin("zolreg").string(), "export", "HKLM\\" ZOL_KEY_TAVIK, file.string(), "/y"},
+            root_.env());
+        EXPECT_EQ(r.status, 0) << r.err;
+        return zoltest::readFile(file);
+    }
 
     const zoltest::ProductRoot& root() const { return root_; }
 

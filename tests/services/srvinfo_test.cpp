@@ -4,7 +4,6 @@
 #include <string>
 
 #include "seeded_store.h"
-#include "srvinfo_api.h"
 #include "vntinit_table.h"
 
 namespace svctest {
@@ -21,13 +20,7 @@ TEST_F(SeededStoreTest, SrvinfoClearsEverySetUpValueAndNothingElse) {
     SetDword(kSettingKey, "VntSuppressInterval", 30);
     ASSERT_EQ(RegDeleteKey(HKEY_LOCAL_MACHINE, kHeartBeatKey.c_str()), ERROR_SUCCESS);
 
-    HMODULE srvinfo = LoadLibrary(lib("SRVINFO.DLL").c_str());
-    ASSERT_NE(srvinfo, nullptr) << ZolLastLoadError();
-    auto* clear = reinterpret_cast<VX_Clear_EMP_info_Data_fn*>(
-        GetProcAddress(srvinfo, "VX_Clear_EMP_info_Data"));
-    ASSERT_NE(clear, nullptr);
-    EXPECT_NE(clear(), 0);
-    FreeLibrary(srvinfo);
+    ASSERT_NO_FATAL_FAILURE(ClearServiceSetUp());
 
     int rows = 0;
     for (const VntInitRow* row = kVntInitRows; row->key[0] != '\0'; ++row, ++rows)

@@ -8,7 +8,6 @@
 #include "frame/libraries.h"
 #include "regpaths.h"
 #include "services_test_util.h"
-#include "srvinfo_api.h"
 
 namespace svctest {
 namespace {
@@ -20,13 +19,12 @@ class VntOptionTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        getList = BindFromHandle<GetVntOptList_fn>(hLibRPTSET, "GetVntOptList");
-        add = BindFromHandle<AddVntOption_fn>(hLibRPTSET, "AddVntOption");
-        del = BindFromHandle<DelVntOption_fn>(hLibRPTSET, "DelVntOption");
-        getOpt = BindFromHandle<GetVntOptSetting_fn>(hLibRPTSET, "GetVntOptSetting");
-        setOpt = BindFromHandle<SetVntOptSetting_fn>(hLibRPTSET, "SetVntOptSetting");
-        descs = BindFromHandle<GetVntOptKindDesc_fn>(hLibRPTSET, "GetVntOptKindDesc");
-        ASSERT_TRUE(getList && add && del && getOpt && setOpt && descs);
+        Bind(getList, "GetVntOptList");
+        Bind(add, "AddVntOption");
+        Bind(del, "DelVntOption");
+        Bind(getOpt, "GetVntOptSetting");
+        Bind(setOpt, "SetVntOptSetting");
+        Bind(descs, "GetVntOptKindDesc");
         // Kinds 0..4.
         for (int i = 0; i < 5; ++i)
             SetText(ZOL_KEY_VNT_LIST_OPTION, Number(i).c_str(), "Kind " + std::to_string(i));
@@ -168,13 +166,7 @@ TEST_F(VntOptionTest, ClearingTheSetUpEndsTheOptionList) {
     SetDword(kSetting, "OPTCDN", 0);
     ASSERT_EQ(add(3), VNT_OPT_DONE);
     ASSERT_EQ(Held(), "0,3");
-    HMODULE srvinfo = LoadLibrary(lib("SRVINFO.DLL").c_str());
-    ASSERT_NE(srvinfo, nullptr) << ZolLastLoadError();
-    auto* clear = reinterpret_cast<VX_Clear_EMP_info_Data_fn*>(
-        GetProcAddress(srvinfo, "VX_Clear_EMP_info_Data"));
-    ASSERT_NE(clear, nullptr);
-    EXPECT_NE(clear(), 0);
-    FreeLibrary(srvinfo);
+    ASSERT_NO_FATAL_FAILURE(ClearServiceSetUp());
     // OPTCDN back to 0 alone: a list "0,..." left behind would still read as held.
     EXPECT_EQ(Held(), "0");
     EXPECT_EQ(Stored("OPTCDNLIST"), "(missing)");

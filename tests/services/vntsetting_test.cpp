@@ -49,19 +49,17 @@ class VntSettingTest : public ServicesTest {
     void SetUp() override {
         ServicesTest::SetUp();
         ASSERT_TRUE(LoadRptsetDLL());
-        getSetup = BindFromHandle<GetVntSetting_fn>(hLibRPTSET, "GetVntSetting");
-        getUser = BindFromHandle<GetVntUserSetting_fn>(hLibRPTSET, "GetVntUserSetting");
-        setUser = BindFromHandle<SetVntUserSetting_fn>(hLibRPTSET, "SetVntUserSetting");
-        getMach = BindFromHandle<GetVntMachSetting_fn>(hLibRPTSET, "GetVntMachSetting");
-        setMach = BindFromHandle<SetVntMachSetting_fn>(hLibRPTSET, "SetVntMachSetting");
-        osList = BindFromHandle<GetVntMachListData_fn>(hLibRPTSET, "GetVntMachListData");
-        getVend = BindFromHandle<GetVntVendSetting_fn>(hLibRPTSET, "GetVntVendSetting");
-        setVend = BindFromHandle<SetVntVendSetting_fn>(hLibRPTSET, "SetVntVendSetting");
-        getOpt = BindFromHandle<GetVntOptSetting_fn>(hLibRPTSET, "GetVntOptSetting");
-        setOpt = BindFromHandle<SetVntOptSetting_fn>(hLibRPTSET, "SetVntOptSetting");
-        optList = BindFromHandle<GetVntOptKindList_fn>(hLibRPTSET, "GetVntOptKindList");
-        ASSERT_TRUE(getSetup && getUser && setUser && getMach && setMach && osList && getVend &&
-                    setVend && getOpt && setOpt && optList);
+        Bind(getSetup, "GetVntSetting");
+        Bind(getUser, "GetVntUserSetting");
+        Bind(setUser, "SetVntUserSetting");
+        Bind(getMach, "GetVntMachSetting");
+        Bind(setMach, "SetVntMachSetting");
+        Bind(osList, "GetVntMachListData");
+        Bind(getVend, "GetVntVendSetting");
+        Bind(setVend, "SetVntVendSetting");
+        Bind(getOpt, "GetVntOptSetting");
+        Bind(setOpt, "SetVntOptSetting");
+        Bind(optList, "GetVntOptKindList");
     }
     GetVntSetting_fn* getSetup = nullptr;
     GetVntUserSetting_fn* getUser = nullptr;

@@ -16,12 +16,14 @@ namespace {
 
 namespace keys = zoltest::keys;
 using vantreltest::clearEntry;
+using vantreltest::dismissBox;
+using vantreltest::reverseRun;
 using vantreltest::tabs;
 using zoltest::ProductRoot;
 using zoltest::Terminal;
 
-const std::string kServiceKey = ZOL_KEY_VNTSERVICE;
-const std::string kSettingKey = ZOL_KEY_VNT_SETTING;
+using vantreltest::kServiceKey;
+using vantreltest::kSettingKey;
 
 // The service menu's rows of the three screens.
 enum MenuRow { kMachineRow = 2, kOptionRow = 3, kVendorRow = 4 };
@@ -38,23 +40,8 @@ void setText(const ProductRoot& root, const char* name, const std::string& value
     ASSERT_EQ(zoltest::StoreReader(root).setText(kSettingKey, name, value), ERROR_SUCCESS);
 }
 
-// The reverse-video runs of the screen: the focused button and the current row of each list.
-bool reverseHas(const Terminal& s, const std::string& label) {
-    const std::string reverse = "\n" + s.reverseText() + "\n";
-    return reverse.find("\n" + label + "\n") != std::string::npos;
-}
-
 bool focusedButton(Terminal& t, const std::string& label) {
-    return t.waitFor([&](const Terminal& s) { return reverseHas(s, label); });
-}
-
-// Waits for the error box showing `message` and closes it with its button.
-void dismiss(Terminal& t, const std::string& message) {
-    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
-        return s.contains(message) && reverseHas(s, "ok");
-    })) << t.dump();
-    t.send(keys::Enter);
-    ASSERT_TRUE(t.waitForNoText(message)) << t.dump();
+    return t.waitFor([&](const Terminal& s) { return reverseRun(s, label); });
 }
 
 // Starts the program, opens the service menu from the main menu's last row and its row `row`,
@@ -148,7 +135,7 @@ TEST(MachineDataScreen, LimitsRefuseSilentlyTheStoredSystemStaysAndTheCommentCom
     ASSERT_TRUE(t->waitForText(text(root, "VXMACH_HOSTNAME_ID"))) << t->dump();
     typeMachine(*t, "host-2", "L-2", std::string(257, 'd'), 50, true);
     t->send(keys::Enter);
-    dismiss(*t, text(root, "COMMENT_ERROR_ID"));
+    dismissBox(*t, text(root, "COMMENT_ERROR_ID"));
     EXPECT_EQ(storedText(root, "SYSNMN"), "host-2");
     EXPECT_EQ(storedText(root, "OSNMA"), "Other Linux");
     EXPECT_EQ(storedText(root, "Comment"), std::string(256, 'c'));
@@ -166,7 +153,7 @@ TEST(VendorDataScreen, RulesInOrderAStoredBreakAtOnceAndTheTwoTelephones) {
     setText(root, "SYSEIGYOTEL", "03 1234");
     auto t = openScreen(root, kVendorRow, "IDS_ERROR_MSG_BADSELLERTELNUM");
     // The stored sales telephone with a blank is reported before the screen is used.
-    dismiss(*t, text(root, "IDS_ERROR_MSG_BADSELLERTELNUM"));
+    dismissBox(*t, text(root, "IDS_ERROR_MSG_BADSELLERTELNUM"));
     ASSERT_TRUE(t->waitFor([&](const Terminal& s) {
         const int row = s.findRow(text(root, "VXVEND_NAME_ID"));
         return row >= 0 && s.cursor().first == row;
@@ -185,7 +172,7 @@ TEST(VendorDataScreen, RulesInOrderAStoredBreakAtOnceAndTheTwoTelephones) {
     t->send(keys::Tab);
     ASSERT_TRUE(focusedButton(*t, ok)) << t->dump();
     t->send(keys::Enter);
-    dismiss(*t, text(root, "IDS_ERROR_MSG_DISTRIBUTOR"));
+    dismissBox(*t, text(root, "IDS_ERROR_MSG_DISTRIBUTOR"));
     tabs(*t, 2);  // Cancel, the distributor
     t->send(keys::End);
     t->send(keys::Backspace);
@@ -214,7 +201,7 @@ TEST(VendorDataScreen, JapaneseChoosesTheDistributorAndCountsEucJpBytes) {
     tabs(*t, 5);
     ASSERT_TRUE(focusedButton(*t, text(root, "BUTTON_OK_ID", true))) << t->dump();
     t->send(keys::Enter);
-    dismiss(*t, text(root, "IDS_ERROR_MSG_SELLERNAME", true));
+    dismissBox(*t, text(root, "IDS_ERROR_MSG_SELLERNAME", true));
     tabs(*t, 4);  // Cancel, distributor, department, person
     t->send(keys::End);
     t->send(keys::Backspace);
@@ -283,7 +270,7 @@ TEST(OptionDataScreen, AddWithItsDescriptionDeleteAndTheirRefusals) {
     t->send(keys::Down);
     t->send(keys::Tab);
     t->send(keys::Enter);
-    dismiss(*t, text(root, "IDS_ERROR_MSG_ADDOPTION2"));
+    dismissBox(*t, text(root, "IDS_ERROR_MSG_ADDOPTION2"));
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(text(root, "VXOPT_ADD_TITLE_ID"))) << t->dump();
     t->send(keys::Down);
@@ -309,7 +296,7 @@ TEST(OptionDataScreen, AddWithItsDescriptionDeleteAndTheirRefusals) {
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(text(root, "VXOPT_DEL_WARN_ID"))) << t->dump();
     t->send(keys::Enter);
-    dismiss(*t, text(root, "IDS_ERROR_MSG_DELETE"));
+    dismissBox(*t, text(root, "IDS_ERROR_MSG_DELETE"));
     EXPECT_TRUE(t->contains("Extended")) << t->dump();
     t->send(keys::CtrlO);
     ASSERT_TRUE(backInMenu(root, *t, "VXOPT_LIST_ID")) << t->dump();

@@ -101,8 +101,7 @@ TEST(VantrelBaseScreen, NeverSwitchedOnHalfSetUp) {
     tabs(*t, 3);  // Cancel, the switch, internet mail
     t->send(keys::Space);
     tabs(*t, 5);
-    ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    t->send(keys::Enter);
+    pressOk(root, *t);
     ASSERT_TRUE(cursorOnRow(*t, english(root, "IMAIL_BASE_SMTP_ID"))) << t->dump();
     tabs(*t, 9);  // port, sender, two date formats, two switches, Login, OK, Cancel
     ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
@@ -118,8 +117,7 @@ TEST(VantrelBaseScreen, NeverSwitchedOnHalfSetUp) {
     ASSERT_TRUE(t->waitForText(titled(root, "FWMANAGERL_DEST_TITLE_ID"))) << t->dump();
     t->type("127.0.0.1");
     tabs(*t, 3);  // port, Default, OK
-    ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    t->send(keys::Enter);
+    pressOk(root, *t);
     ASSERT_TRUE(backOnBaseMenu(root, *t, english(root, "FWMANAGERL_DEST_TITLE_ID"))) << t->dump();
     EXPECT_EQ(storedDword(root, kServiceKey, "MethodType"), 2u);
     EXPECT_EQ(methodEnabled(root, "VantrelReport(TransToManager)"), 1u);
@@ -185,8 +183,7 @@ TEST(DialUpScreen, RefusesInOrderTestsAndStores) {
     tabs(*t, 10);  // round to pulse
     t->send(keys::Space);
     tabs(*t, 4);  // redial, the two tests, OK
-    ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    t->send(keys::Enter);
+    pressOk(root, *t);
     ASSERT_TRUE(backOnBaseMenu(root, *t, english(root, "DIAL_FIRST_ID"))) << t->dump();
     EXPECT_EQ(storedText(root, kDialKey, "PhoneNo1"), "03-1234-5678");
     EXPECT_EQ(storedText(root, kDialKey, "PhoneNo2"), "(06)9876-5432");
@@ -268,8 +265,7 @@ TEST(HttpsScreen, RefusesInOrderTestsAndStoresWithTheProxy) {
     EXPECT_EQ(storedText(root, kHttpsKey, "ProxyAddr"), "");
 
     tabs(*t, 3);  // the two tests, OK
-    ASSERT_TRUE(focusedButton(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    t->send(keys::Enter);
+    pressOk(root, *t);
     ASSERT_TRUE(backOnBaseMenu(root, *t, english(root, "LABEL_HTTPS_FIRST_ID"))) << t->dump();
     EXPECT_EQ(storedText(root, kHttpsKey, "HTTPD1URL"), "https://centre.example.com/r");
     EXPECT_EQ(storedText(root, kHttpsKey, "HTTPD2URL"), "https://backup.example.com/r");

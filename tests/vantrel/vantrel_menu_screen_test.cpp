@@ -31,6 +31,7 @@ using vantreltest::closeAll;
 using vantreltest::cursorOnRow;
 using vantreltest::kServiceKey;
 using vantreltest::kSettingKey;
+using vantreltest::reverseRun;
 using vantreltest::storedDword;
 using vantreltest::tabs;
 using zoltest::ProductRoot;
@@ -114,21 +115,9 @@ fs::path handMadeFloppy(const ProductRoot& root, const std::string& name,
 
 // ---- Keys and screens ----
 
-// True when one of the reverse-video runs (the focused button, the lists' current rows) is
-// exactly `text`.
-bool reverseRun(const Terminal& s, const std::string& text) {
-    return ("\n" + s.reverseText() + "\n").find("\n" + text + "\n") != std::string::npos;
-}
-
-// Waits for a box showing `text` (its start: wrapped boxes break it) drawn to its focused
-// button, and closes it.
+// vantreltest::dismissBox() by the start of the text: wrapped boxes break it.
 void dismiss(Terminal& t, const std::string& text) {
-    const std::string start = text.substr(0, 30);
-    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
-        return s.contains(start) && reverseRun(s, "ok");
-    })) << t.dump();
-    t.send(keys::Enter);
-    ASSERT_TRUE(t.waitFor([&](const Terminal& s) { return !s.contains(start); })) << t.dump();
+    vantreltest::dismissBox(t, text.substr(0, 30));
 }
 
 // Answers a question box with its first (OK) or second (Cancel) button.

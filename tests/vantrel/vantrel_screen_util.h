@@ -72,8 +72,30 @@ inline void dismiss(Terminal& t, const std::string& text) {
     })) << t.dump();
 }
 
+// True when one of the reverse-video runs (the focused button, the lists' current rows) is
+// exactly `text`.
+inline bool reverseRun(const Terminal& s, const std::string& text) {
+    return ("\n" + s.reverseText() + "\n").find("\n" + text + "\n") != std::string::npos;
+}
+
+// Waits for a box showing `text` drawn to its focused button, whatever else stands in reverse
+// video, and closes it.
+inline void dismissBox(Terminal& t, const std::string& text) {
+    ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
+        return s.contains(text) && reverseRun(s, "ok");
+    })) << t.dump();
+    t.send(keys::Enter);
+    ASSERT_TRUE(t.waitForNoText(text)) << t.dump();
+}
+
 inline bool focusedButton(Terminal& t, const std::string& label) {
     return t.waitFor([&](const Terminal& s) { return s.reverseText() == label; });
+}
+
+// Presses OK once the focus stands on it.
+inline void pressOk(const ProductRoot& root, Terminal& t) {
+    ASSERT_TRUE(focusedButton(t, english(root, "BUTTON_OK_ID"))) << t.dump();
+    t.send(keys::Enter);
 }
 
 // Waits until the cursor stands on the row that shows `label`: the screen holding it is drawn.
