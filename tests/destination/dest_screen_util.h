@@ -46,5 +46,7 @@ bool focused(Terminal& t, const std::string& label);
 bool titled(Terminal& t, const ProductRoot& root, const char* titleId);
 // Ctrl-O, then waits until the window titled titleId has gone.
 void closeWindow(Terminal& t, const ProductRoot& root, const char* titleId);
+// Closes the destination list and then the main menu with Ctrl-O.
+void closeListAndMenu(Terminal& t, const ProductRoot& root);
 
 }  // namespace desttest

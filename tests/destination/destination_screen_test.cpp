@@ -24,9 +24,7 @@ std::string existText(const ProductRoot& root, const std::string& id) {
 void chooseInBand(Terminal& t) {
     t.send(keys::Tab);
     t.send(keys::Down);
-    ASSERT_TRUE(t.waitFor([](const Terminal& s) {
-        return s.reverseText().find("MANAGER (TCP_IP In-Band)") != std::string::npos;
-    })) << t.dump();
+    ASSERT_TRUE(focused(t, "MANAGER (TCP_IP In-Band)")) << t.dump();
 }
 
 // A range message as the program fills it.
@@ -91,10 +89,9 @@ TEST(DestinationEditor, AddInBandIDWithItsRefusals) {
     retype(*t, "Ops");
     tabs(*t, 4);
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_IDSET_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_IDSET_ID"))) << t->dump();
     EXPECT_TRUE(t->waitForText("Ops")) << t->dump();
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 
     const std::string key = kIDList + "\\Ops";
     EXPECT_EQ(storedText(root, key, "Address"), "127.0.0.1");
@@ -163,7 +160,7 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
         dismiss(*t, attempt.refusal);
         tabs(*t, 2);  // from OK round to the interval
     }
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_SCHEDULE_ID"))) << t->dump();
     EXPECT_EQ(storedDword(root, key, "RetryInterval"), 30u);
     EXPECT_EQ(storedDword(root, key, "RetryTime"), 240u);
     EXPECT_EQ(storedDword(root, key, "HourMask"), 0xFFFFFFu);
@@ -172,7 +169,7 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "TITTLE_SCHEDULE_ID")) << t->dump();
     fillSchedule(*t, "1", "0", "8-17");
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_SCHEDULE_ID"))) << t->dump();
     EXPECT_EQ(storedDword(root, key, "RetryInterval"), 1u);
     EXPECT_EQ(storedDword(root, key, "RetryTime"), 0u);
     EXPECT_EQ(storedDword(root, key, "HourMask"), 0x03FF00u);
@@ -183,8 +180,7 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
     retype(*t, "9", 3);
     closeWindow(*t, root, "TITTLE_SCHEDULE_ID");
     closeWindow(*t, root, "TITTLE_IDSET_ID");
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
     EXPECT_EQ(storedDword(root, key, "RetryInterval"), 1u);
     EXPECT_EQ(frametest::traceDump(root).find("s3cret"), std::string::npos);
 }
@@ -228,8 +224,7 @@ TEST(DestinationList, DeleteRemovesTheIDEverywhereButNeverABuiltInOne) {
             << t->dump();
         EXPECT_EQ(keyExists(root, kIDList + "\\Ops"), !confirm);
     }
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 
     for (const std::string& dest : {events, items}) {
         EXPECT_EQ(storedDword(root, dest, "Ops"), 0xFFFFFFFFu) << dest;
@@ -266,7 +261,6 @@ TEST(DestinationList, EmptyTableShowsNoneAndWarns) {
     dismiss(*t, invalid);
     closeWindow(*t, root, "TITTLE_IDSET_ID");
     ASSERT_TRUE(t->waitForText("<none>")) << t->dump();
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
     EXPECT_FALSE(keyExists(root, kIDList + "\\Lonely"));
 }

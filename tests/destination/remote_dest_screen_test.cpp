@@ -41,8 +41,7 @@ TEST(RemoteDestination, ViaManagerAddressAndSchedule) {
     ASSERT_TRUE(t->waitForText(unknown)) << t->dump();
     pressListButton(*t, 2);
     dismiss(*t, english(root, "IMAIL_INSERT_FD_ID").substr(0, 40));
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 
     addDword(root, kService, "InstVantrelKeyFD", 1);
     t = openList(root);
@@ -76,10 +75,9 @@ TEST(RemoteDestination, ViaManagerAddressAndSchedule) {
     retype(*t, "9-17");
     tabs(*t, 1);
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_SCHEDULE_ID"))) << t->dump();
     closeWindow(*t, root, "TITTLE_IDSET_ID");
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
     EXPECT_EQ(storedDword(root, kIDList + "\\VantrelReport", "HourMask"), 0x03FE00u);
 }
 
@@ -120,8 +118,7 @@ TEST(RemoteDestination, InternetMailDestination) {
     tabs(*t, 3);
     selectID(*t, "VantrelReport");
     EXPECT_TRUE(t->waitForText("desk@example.com")) << t->dump();
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 }
 
 // The opening report from the internet-mail screen, through the real mail library and a real
