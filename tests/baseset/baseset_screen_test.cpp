@@ -94,6 +94,21 @@ void OkDelayPanel(zoltest::Terminal& t, const ProductRoot& root) {
     ASSERT_TRUE(t.waitForNoText(frameTitle(root, "BASE_SUB_TITTLE_ID"))) << t.dump();
 }
 
+// Presses the trap panel's button labelled labelId once it has the focus, with Space, which
+// presses a newt button as Enter does. (The panel once handed the terminal back before every run
+// of its form, when Enter could meet the terminal in its cooked mode; it now only redraws.)
+void PressTrapButton(zoltest::Terminal& t, const ProductRoot& root, const char* labelId) {
+    ASSERT_TRUE(waitFocus(t, english(root, labelId))) << t.dump();
+    t.send(keys::Space);
+}
+
+// In the trap panel's address dialog: types an address and presses OK.
+void EnterAddress(zoltest::Terminal& t, const std::string& typed) {
+    t.type(typed);
+    t.send(keys::Tab);
+    t.send(keys::Enter);
+}
+
 // Replaces the focused entry's text.
 void Retype(zoltest::Terminal& t, const std::string& text) {
     t.send(keys::End);
@@ -270,28 +285,14 @@ TEST(BaseMenu, ShutdownDelay) {
 
 // Adding (letters refused, a bad address and a duplicate warned of), OK storing the list and the
 // switch; a removal stored at once while Cancel drops the additions of the same visit.
-// Presses the focused button of the trap panel with Space, which presses a newt button as Enter
-// does. (The panel once handed the terminal back before every run of its form, when Enter could
-// meet the terminal in its cooked mode; it now only redraws.)
-static void PressInTrapPanel(zoltest::Terminal& t) {
-    t.send(keys::Space);
-}
-
 TEST(BaseMenu, SnmpTrapList) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
     const std::string addTitle = frameTitle(root, "SUBBASE_ADD_TITLE");
     // Focus is on Add: the form keeps it there after each dialog.
     const auto pressAdd = [&] {
-        ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
-        PressInTrapPanel(*t);
+        PressTrapButton(*t, root, "GPSET_BUTTON_ADD_ID");
         ASSERT_TRUE(t->waitForText(addTitle)) << t->dump();
-    };
-    // In the address dialog: type, then OK.
-    const auto enter = [&](const std::string& typed) {
-        t->type(typed);
-        t->send(keys::Tab);
-        t->send(keys::Enter);
     };
 
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
@@ -300,11 +301,11 @@ TEST(BaseMenu, SnmpTrapList) {
     ASSERT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     sendTimes(*t, 2);
     pressAdd();
-    enter("a10.x0-.0.1z");
+    EnterAddress(*t, "a10.x0-.0.1z");
     ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
     ASSERT_TRUE(t->waitForText("10.0.0.1")) << t->dump();
     pressAdd();
-    enter("10.0.0.300");
+    EnterAddress(*t, "10.0.0.300");
     dismiss(*t, english(root, "IDS_ERR_INVALID_IPADDRESS2"));
     ASSERT_TRUE(t->contains(addTitle)) << t->dump();
     t->send(keys::Tab);
@@ -312,14 +313,13 @@ TEST(BaseMenu, SnmpTrapList) {
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
     pressAdd();
-    enter("10.0.0.1");
+    EnterAddress(*t, "10.0.0.1");
     dismiss(*t, english(root, "IDS_ERROR_MSG_EXIST"));
     pressAdd();
-    enter("192.168.7.7");
+    EnterAddress(*t, "192.168.7.7");
     ASSERT_TRUE(t->waitForText("192.168.7.7")) << t->dump();
     sendTimes(*t, 2);
-    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    PressTrapButton(*t, root, "BUTTON_OK_ID");
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"10.0.0.1", "192.168.7.7"}));
     EXPECT_EQ(MethodDword(root, "MANAGER (SNMP)", "Enable"), 0u);
@@ -328,13 +328,12 @@ TEST(BaseMenu, SnmpTrapList) {
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     sendTimes(*t, 3);
-    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    PressTrapButton(*t, root, "GPSET_BUTTON_REMOVE_ID");
     ASSERT_TRUE(t->waitForNoText("10.0.0.1")) << t->dump();
     EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"192.168.7.7"}));
     t->send(keys::Up);
     pressAdd();
-    enter("172.16.0.9");
+    EnterAddress(*t, "172.16.0.9");
     ASSERT_TRUE(t->waitForText("172.16.0.9")) << t->dump();
     t->send(keys::CtrlO);
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
@@ -354,13 +353,11 @@ TEST(BaseMenu, SnmpTrapListLimits) {
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     ASSERT_TRUE(t->waitForText("10.1.0.0")) << t->dump();
     sendTimes(*t, 2);
-    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    PressTrapButton(*t, root, "GPSET_BUTTON_ADD_ID");
     const std::string fullText = english(root, "SNMP_TRAP_LIST_FULL_ID");
     ASSERT_TRUE(t->waitForText(fullText)) << t->dump();
     EXPECT_FALSE(t->contains(english(root, "SUBBASE_ADD_TITLE"))) << t->dump();
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(fullText)) << t->dump();
+    dismiss(*t, fullText);
     t->send(keys::CtrlO);
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root).size(), 256u);
@@ -368,8 +365,7 @@ TEST(BaseMenu, SnmpTrapListLimits) {
     SetTrapDestinations(root, {});
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     sendTimes(*t, 3);
-    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    PressTrapButton(*t, root, "GPSET_BUTTON_REMOVE_ID");
     const std::string error = FormatText(english(root, "FUNC_CALL_ERR"), {"DelTrapSetting"});
     dismiss(*t, error);
     t->send(keys::CtrlO);
@@ -430,34 +426,24 @@ TEST(BaseMenu, SnmpTrapListKeepsAnotherProcessesAddition) {
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     ASSERT_TRUE(t->waitForText("192.0.2.1")) << t->dump();
     sendTimes(*t, 2);
-    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    PressTrapButton(*t, root, "GPSET_BUTTON_ADD_ID");
     ASSERT_TRUE(t->waitForText(addTitle)) << t->dump();
     for (const char* unusable : {"0.0.0.0", "255.255.255.255"}) {
-        t->type(unusable);
-        t->send(keys::Tab);
-        t->send(keys::Enter);
-        const std::string refused = english(root, "SNMP_TRAP_ADDRESS_ERR_ID");
-        ASSERT_TRUE(t->waitForText(refused)) << t->dump();
-        t->send(keys::Enter);
-        ASSERT_TRUE(t->waitForNoText(refused)) << t->dump();
+        EnterAddress(*t, unusable);
+        dismiss(*t, english(root, "SNMP_TRAP_ADDRESS_ERR_ID"));
         ASSERT_TRUE(t->contains(addTitle)) << t->dump();
         t->send(keys::Up);
         t->send(keys::End);
-        for (std::size_t i = 0; i < std::string_view(unusable).size(); ++i)
-            t->send(keys::Backspace);
+        sendTimes(*t, static_cast<int>(std::string_view(unusable).size()), keys::Backspace);
     }
-    t->type("10.0.0.5");
-    t->send(keys::Tab);
-    t->send(keys::Enter);
+    EnterAddress(*t, "10.0.0.5");
     ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
     ASSERT_TRUE(t->waitForText("10.0.0.5")) << t->dump();
 
     // Meanwhile another process adds an address.
     SetTrapDestinations(root, {"192.0.2.1", "198.51.100.7"});
     sendTimes(*t, 2);
-    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    PressTrapButton(*t, root, "BUTTON_OK_ID");
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root),
               (std::vector<std::string>{"192.0.2.1", "198.51.100.7", "10.0.0.5"}));
