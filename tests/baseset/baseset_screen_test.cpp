@@ -109,12 +109,9 @@ void EnterAddress(zoltest::Terminal& t, const std::string& typed) {
     t.send(keys::Enter);
 }
 
-// Replaces the focused entry's text.
+// Replaces the delay entry's text.
 void Retype(zoltest::Terminal& t, const std::string& text) {
-    t.send(keys::End);
-    for (int i = 0; i < 8; ++i)
-        t.send(keys::Backspace);
-    t.type(text);
+    frametest::retype(t, text, 8);
 }
 
 }  // namespace

@@ -71,13 +71,6 @@ void tabs(Terminal& t, int count) {
     frametest::sendTimes(t, count);
 }
 
-void retype(Terminal& t, const std::string& text, int length) {
-    t.send(keys::End);
-    for (int i = 0; i < length; ++i)
-        t.send(keys::Backspace);
-    t.type(text);
-}
-
 // True when a run of reverse video is exactly label: a list's current row and what a box
 // leaves uncovered of the focused button below it show in reverse too.
 bool reverseRun(const Terminal& s, const std::string& label) {

@@ -37,7 +37,9 @@ void pressListButton(Terminal& t, int button);
 
 void tabs(Terminal& t, int count);
 // Replaces the focused entry's text (at most `length` characters before).
-void retype(Terminal& t, const std::string& text, int length = 40);
+inline void retype(Terminal& t, const std::string& text, int length = 40) {
+    frametest::retype(t, text, length);
+}
 // Waits for a box showing text with its button focused, and closes it.
 void dismiss(Terminal& t, const std::string& text);
 // Waits for the focused button (reverse video) to be label.

@@ -81,13 +81,6 @@ void CloseListAndMenu(zoltest::Terminal& t, const zoltest::ProductRoot& root,
     frametest::closeMenu(t);
 }
 
-void Retype(zoltest::Terminal& t, const std::string& text, int erase) {
-    t.send(keys::End);
-    t.send(std::string(static_cast<std::size_t>(erase), '\x7f'));
-    if (!text.empty())
-        t.send(text);
-}
-
 std::set<std::string> Bindings(const zoltest::ProductRoot& root, const std::string& key) {
     zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
     std::set<std::string> ids;

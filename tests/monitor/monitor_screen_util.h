@@ -36,8 +36,10 @@ void WaitSettingsClosed(zoltest::Terminal& t, const zoltest::ProductRoot& root,
 // Closes the list titled listTitleId with Ctrl-O, then the main menu.
 void CloseListAndMenu(zoltest::Terminal& t, const zoltest::ProductRoot& root,
                       const char* listTitleId);
-// Replaces the focused entry's text: End, `erase` backspaces, then the text.
-void Retype(zoltest::Terminal& t, const std::string& text, int erase = 60);
+// Replaces the focused entry's text, erasing up to `erase` characters first.
+inline void Retype(zoltest::Terminal& t, const std::string& text, int erase = 60) {
+    frametest::retype(t, text, erase);
+}
 
 // What the store holds for one event or item key (relative to SOFTWARE\Tavik\ZolAlertMan):
 // the IDs bound to it, a DWORD (-1 when missing), a text ("(missing)") and whether it exists.

@@ -64,6 +64,12 @@ void sendTimes(zoltest::Terminal& t, int n, std::string_view key) {
         t.send(key);
 }
 
+void retype(zoltest::Terminal& t, const std::string& text, int erase) {
+    t.send(zoltest::keys::End);
+    t.send(std::string(static_cast<std::size_t>(erase), '\x7f'));
+    t.type(text);
+}
+
 void dismiss(zoltest::Terminal& t, const std::string& text) {
     ASSERT_TRUE(t.waitForText(text)) << t.dump();
     t.send(zoltest::keys::Enter);

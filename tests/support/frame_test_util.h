@@ -39,6 +39,8 @@ std::string frameTitle(const zoltest::ProductRoot& root, const char* id);
 bool waitFocus(zoltest::Terminal& t, const std::string& text);
 // Sends `key` n times.
 void sendTimes(zoltest::Terminal& t, int n, std::string_view key = zoltest::keys::Tab);
+// Replaces the focused entry's text: End, `erase` backspaces (in one write), then the text typed.
+void retype(zoltest::Terminal& t, const std::string& text, int erase);
 // Waits for a box showing `text`, closes it with Enter and waits for the text to go.
 void dismiss(zoltest::Terminal& t, const std::string& text);
 // Sends Ctrl-O and waits for the window titled with the text of titleId to go.
