@@ -63,12 +63,8 @@ void selectID(Terminal& t, const std::string& id) {
 }
 
 void pressListButton(Terminal& t, int button) {
-    tabs(t, button);
+    frametest::sendTimes(t, button);
     t.send(keys::Enter);
-}
-
-void tabs(Terminal& t, int count) {
-    frametest::sendTimes(t, count);
 }
 
 // True when a run of reverse video is exactly label: a list's current row and what a box
@@ -88,10 +84,6 @@ void dismiss(Terminal& t, const std::string& text) {
     ASSERT_TRUE(t.waitFor([&](const Terminal& s) {
         return !s.contains(text) && !reverseRun(s, "ok");
     })) << t.dump();
-}
-
-bool focused(Terminal& t, const std::string& label) {
-    return frametest::waitFocus(t, label);
 }
 
 bool titled(Terminal& t, const ProductRoot& root, const char* titleId) {
