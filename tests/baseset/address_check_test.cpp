@@ -100,70 +100,59 @@ TEST_F(AddressCheckTest, HostToIP) {
     EXPECT_EQ(HostToIP(nullptr, untouched), FALSE);
 }
 
-TEST(MailAddress, SingleAddressRule) {
+// The single-address rule of a sender and the list rule of the recipients, row by row.
+TEST(MailAddress, SingleAddressAndListRules) {
     const std::string a80 = std::string(70, 'a') + "@host.test";  // 80 characters
-    struct Case {
-        std::string text;
-        const char* fault;
-    };
-    const Case cases[] = {
-        {"admin@example.test", nullptr},
-        {"  admin@example.test   ", nullptr},
-        {a80, nullptr},
-        {"x" + a80, "IMAIL_DEST_MLTO_ERR3"},
-        {"", "IMAIL_BASE_MLFROM_ERR1"},
-        {"    ", "IMAIL_BASE_MLFROM_ERR1"},
-        {"admin@example.test,", "IMAIL_BASE_MLFROM_ERR1"},
-        {"a@b.test, c@d.test", "IMAIL_BASE_MLFROM_ERR1"},
-        {"admin @example.test", "IMAIL_BASE_MLFROM_ERR1"},
-        {"@example.test", "IMAIL_BASE_MLFROM_ERR1"},
-        {"admin@", "IMAIL_BASE_MLFROM_ERR1"},
-        {"a@b@c", "IMAIL_BASE_MLFROM_ERR1"},
-        {"no-at-sign", "IMAIL_BASE_MLFROM_ERR1"},
-        // Only the "@" rule is examined: tabs and high bytes are part of the address.
-        {"a\tb@c", nullptr},
-        {"\xa4\xa2@\xa4\xa4", nullptr},
-    };
-    for (const Case& c : cases) {
-        const char* fault = SingleMailAddrFault(c.text.c_str());
-        EXPECT_STREQ(fault, c.fault) << "[" << c.text << "]";
-    }
-    EXPECT_STREQ(SingleMailAddrFault(nullptr), "IMAIL_BASE_MLFROM_ERR1");
-}
-
-TEST(MailAddress, ListRule) {
-    const std::string a80 = std::string(70, 'a') + "@host.test";
-    std::string hundred, hundredAndOne;
+    std::string hundred;
     for (int i = 0; i < 100; ++i)
         hundred += "a@b,";
-    hundredAndOne = hundred + "c@d";
+    const auto single = SingleMailAddrFault, list = MailAddrListFault;
     struct Case {
+        const char* (*rule)(const char*);
         std::string text;
         const char* fault;
     };
     const Case cases[] = {
-        {"a@b.test", nullptr},
-        {" a@b.test , c@d.test ,e@f.test ", nullptr},
-        {",,a@b.test,,,c@d.test,", nullptr},
-        {a80 + "," + a80, nullptr},
-        {"a@b.test," + std::string("x") + a80, "IMAIL_DEST_MLTO_ERR3"},
-        {"a@b.test, c @d.test", "IMAIL_DEST_MLTO_ERR4"},
-        {"@b.test", "IMAIL_DEST_MLTO_ERR4"},
-        {"a@b.test,c@", "IMAIL_DEST_MLTO_ERR4"},
-        {"a@b@c", "IMAIL_DEST_MLTO_ERR4"},
-        {"a@b.test,plain", "IMAIL_DEST_MLTO_ERR4"},
-        {"", "IMAIL_DEST_MLTO_ERR1"},
-        {" , ,, ", "IMAIL_DEST_MLTO_ERR1"},
-        {hundred, nullptr},
-        {hundredAndOne, "IMAIL_DEST_MLTO_ERR4"},
+        {single, "admin@example.test", nullptr},
+        {single, "  admin@example.test   ", nullptr},
+        {single, a80, nullptr},
+        {single, "x" + a80, "IMAIL_DEST_MLTO_ERR3"},
+        {single, "", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "    ", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "admin@example.test,", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "a@b.test, c@d.test", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "admin @example.test", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "@example.test", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "admin@", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "a@b@c", "IMAIL_BASE_MLFROM_ERR1"},
+        {single, "no-at-sign", "IMAIL_BASE_MLFROM_ERR1"},
+        // Only the "@" rule is examined: tabs and high bytes are part of the address.
+        {single, "a\tb@c", nullptr},
+        {single, "\xa4\xa2@\xa4\xa4", nullptr},
+        {list, "a@b.test", nullptr},
+        {list, " a@b.test , c@d.test ,e@f.test ", nullptr},
+        {list, ",,a@b.test,,,c@d.test,", nullptr},
+        {list, a80 + "," + a80, nullptr},
+        {list, "a@b.test," + std::string("x") + a80, "IMAIL_DEST_MLTO_ERR3"},
+        {list, "a@b.test, c @d.test", "IMAIL_DEST_MLTO_ERR4"},
+        {list, "@b.test", "IMAIL_DEST_MLTO_ERR4"},
+        {list, "a@b.test,c@", "IMAIL_DEST_MLTO_ERR4"},
+        {list, "a@b@c", "IMAIL_DEST_MLTO_ERR4"},
+        {list, "a@b.test,plain", "IMAIL_DEST_MLTO_ERR4"},
+        {list, "", "IMAIL_DEST_MLTO_ERR1"},
+        {list, " , ,, ", "IMAIL_DEST_MLTO_ERR1"},
+        {list, hundred, nullptr},
+        {list, hundred + "c@d", "IMAIL_DEST_MLTO_ERR4"},
         // The scan stops at 512 characters: the address open there is not checked, and with
         // nothing closed before it the list counts as empty.
-        {std::string(511, ' ') + "zz", "IMAIL_DEST_MLTO_ERR1"},
-        {"a@b.test," + std::string(501, ' ') + "bad", nullptr},
+        {list, std::string(511, ' ') + "zz", "IMAIL_DEST_MLTO_ERR1"},
+        {list, "a@b.test," + std::string(501, ' ') + "bad", nullptr},
     };
     for (const Case& c : cases) {
-        EXPECT_STREQ(MailAddrListFault(c.text.c_str()), c.fault) << "[" << c.text << "]";
+        EXPECT_STREQ(c.rule(c.text.c_str()), c.fault)
+            << (c.rule == single ? "single" : "list") << " [" << c.text << "]";
     }
+    EXPECT_STREQ(SingleMailAddrFault(nullptr), "IMAIL_BASE_MLFROM_ERR1");
     EXPECT_STREQ(MailAddrListFault(nullptr), "IMAIL_DEST_MLTO_ERR1");
 }
 

@@ -15,9 +15,13 @@
 #include "store_reader.h"
 
 namespace keys = zoltest::keys;
+using frametest::dismiss;
 using frametest::english;
+using frametest::frameTitle;
+using frametest::sendTimes;
 using frametest::traceCount;
 using frametest::traceDump;
+using frametest::waitFocus;
 using zoltest::ProductRoot;
 
 namespace {
@@ -46,16 +50,10 @@ void DeleteMethod(const ProductRoot& root, const std::string& method) {
     frametest::zolreg(root, {"delete", "HKLM\\" + kMethodKey + method, "/f"});
 }
 
-bool ReverseHas(zoltest::Terminal& t, const std::string& text) {
-    return t.waitFor([&](const zoltest::Terminal& s) {
-        return s.reverseText().find(text) != std::string::npos;
-    });
-}
-
 // The trap panel redraws the whole terminal before each run of its form, so its title may vanish
 // for a moment while it is still open: closed means the base menu's focused row is seen again.
 bool SnmpPanelClosed(zoltest::Terminal& t, const ProductRoot& root) {
-    return ReverseHas(t, english(root, "BASE_REPORT_SNMP_ID"));
+    return waitFocus(t, english(root, "BASE_REPORT_SNMP_ID"));
 }
 
 // Starts the program and opens the base-setting menu from the main menu's first row.
@@ -69,8 +67,7 @@ std::unique_ptr<zoltest::Terminal> OpenBaseMenu(const ProductRoot& root) {
 // Opens a row of the report list (0 SNMP, 1 in-band, 2 out-of-band, 3 remote report) and waits
 // for the screen titled titleId.
 void OpenReportRow(zoltest::Terminal& t, const ProductRoot& root, int row, const char* titleId) {
-    for (int i = 0; i < row; ++i)
-        t.send(keys::Down);
+    sendTimes(t, row, keys::Down);
     t.send(keys::Enter);
     ASSERT_TRUE(t.waitForText("┤ " + english(root, titleId) + " ├")) << t.dump();
 }
@@ -82,12 +79,39 @@ void CloseAll(zoltest::Terminal& t, const ProductRoot& root) {
     frametest::closeMenu(t);
 }
 
-// Replaces the focused entry's text.
+// From the report list, opens the shutdown-delay panel of the other list.
+void OpenDelayPanel(zoltest::Terminal& t, const ProductRoot& root) {
+    t.send(keys::Tab);
+    t.send(keys::Enter);
+    ASSERT_TRUE(t.waitForText(frameTitle(root, "BASE_SUB_TITTLE_ID"))) << t.dump();
+}
+
+// Tabs to the delay panel's OK, presses it and waits for the panel to close.
+void OkDelayPanel(zoltest::Terminal& t, const ProductRoot& root) {
+    t.send(keys::Tab);
+    ASSERT_TRUE(waitFocus(t, english(root, "BUTTON_OK_ID"))) << t.dump();
+    t.send(keys::Enter);
+    ASSERT_TRUE(t.waitForNoText(frameTitle(root, "BASE_SUB_TITTLE_ID"))) << t.dump();
+}
+
+// Presses the trap panel's button labelled labelId once it has the focus, with Space, which
+// presses a newt button as Enter does. (The panel once handed the terminal back before every run
+// of its form, when Enter could meet the terminal in its cooked mode; it now only redraws.)
+void PressTrapButton(zoltest::Terminal& t, const ProductRoot& root, const char* labelId) {
+    ASSERT_TRUE(waitFocus(t, english(root, labelId))) << t.dump();
+    t.send(keys::Space);
+}
+
+// In the trap panel's address dialog: types an address and presses OK.
+void EnterAddress(zoltest::Terminal& t, const std::string& typed) {
+    t.type(typed);
+    t.send(keys::Tab);
+    t.send(keys::Enter);
+}
+
+// Replaces the delay entry's text.
 void Retype(zoltest::Terminal& t, const std::string& text) {
-    t.send(keys::End);
-    for (int i = 0; i < 8; ++i)
-        t.send(keys::Backspace);
-    t.type(text);
+    frametest::retype(t, text, 8);
 }
 
 }  // namespace
@@ -114,18 +138,18 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
         })) << t->dump();
         t->send(keys::CtrlO);
         ASSERT_TRUE(t->waitForNoText(enable)) << t->dump();
-        EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+        EXPECT_TRUE(t->contains(frameTitle(root, "TITTLE_BASE_ID"))) << t->dump();
         // Close ends the menu.
         t->send(keys::Tab);
         t->send(keys::Tab);
-        ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CLOSE_ID"))) << t->dump();
+        ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_CLOSE_ID"))) << t->dump();
         t->send(keys::Enter);
         ASSERT_TRUE(t->waitForNoText(english(root, "BASE_REPORT_ID"))) << t->dump();
         frametest::closeMenu(*t);
     }
     ProductRoot root;
-    frametest::zolreg(root, {"add", "HKLM\\" ZOL_KEY_VNT_SETUP, "/v", "Installed", "/t",
-                             "REG_DWORD", "/d", "0", "/f"});
+    ASSERT_EQ(zoltest::StoreReader(root).setDword(ZOL_KEY_VNT_SETUP, "Installed", 0),
+              ERROR_SUCCESS);
     DeleteMethod(root, "MANAGER (TCP_IP IN-BAND)");
     auto t = OpenBaseMenu(root);
     const int first = t->findRow(english(root, rows[0]));
@@ -135,10 +159,8 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
     t->send(keys::Down);
     t->send(keys::Enter);
     const std::string error = FormatText(english(root, "FUNC_CALL_ERR"), {"SubSimplePanel"});
-    ASSERT_TRUE(t->waitForText(error)) << t->dump();
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(error)) << t->dump();
-    EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    dismiss(*t, error);
+    EXPECT_TRUE(t->contains(frameTitle(root, "TITTLE_BASE_ID"))) << t->dump();
     CloseAll(*t, root);
     EXPECT_EQ(traceCount(root, 1, "<InitBaseSetting() Failed,return -1."), 1) << traceDump(root);
 
@@ -149,10 +171,8 @@ TEST(BaseMenu, RowsFollowInternetMailModeAndFailedPanelsKeepTheMenu) {
     t->send(keys::Enter);
     const std::string noRecords =
         FormatText(english(root, "FUNC_CALL_ERR"), {"InitAllBaseSetting"});
-    ASSERT_TRUE(t->waitForText(noRecords)) << t->dump();
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(noRecords)) << t->dump();
-    EXPECT_FALSE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    dismiss(*t, noRecords);
+    EXPECT_FALSE(t->contains(frameTitle(root, "TITTLE_BASE_ID"))) << t->dump();
     frametest::closeMenu(*t);
     EXPECT_EQ(traceCount(root, 1, "<InitAllBaseSetting() failed."), 1) << traceDump(root);
 }
@@ -176,9 +196,8 @@ TEST(BaseMenu, ManagerPanelsSwitchTheirMethod) {
     OpenReportRow(*t, root, 2, "BASE_SUBSIMPLE_OUTBAND_TITLE_ID");
     EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Space);
-    t->send(keys::Tab);
-    t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
+    sendTimes(*t, 2);
+    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(english(root, "BASE_SUBSIMPLE_OUTBAND_TITLE_ID"))) << t->dump();
     EXPECT_EQ(MethodDword(root, "MANAGER (TCP_IP OUT-OF-BAND)", "Enable"), 0u);
@@ -190,7 +209,7 @@ TEST(BaseMenu, ManagerPanelsSwitchTheirMethod) {
 TEST(BaseMenu, ShutdownDelay) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
-    const std::string title = "┤ " + english(root, "BASE_SUB_TITTLE_ID") + " ├";
+    const std::string title = frameTitle(root, "BASE_SUB_TITTLE_ID");
     // The other list keeps the focus after its panel closes.
     bool otherListFocused = false;
     const auto open = [&] {
@@ -202,13 +221,8 @@ TEST(BaseMenu, ShutdownDelay) {
     // Focus order with the delay enabled: check box, delay, OK.
     const auto pressOk = [&] {
         t->send(keys::Tab);
-        ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+        ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
         t->send(keys::Enter);
-    };
-    const auto expectBox = [&](const std::string& text) {
-        ASSERT_TRUE(t->waitForText(text)) << t->dump();
-        t->send(keys::Enter);
-        ASSERT_TRUE(t->waitForNoText(text)) << t->dump();
     };
 
     open();
@@ -216,18 +230,18 @@ TEST(BaseMenu, ShutdownDelay) {
     EXPECT_TRUE(t->waitForText("120")) << t->dump();
     // Unmarked, the delay entry takes no focus: Tab goes straight to OK.
     t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
     t->send(keys::Up);
     t->send(keys::Space);
     t->send(keys::Tab);
     Retype(*t, "1801");
     pressOk();
-    expectBox(FormatText("Enter a delay from %s to %s seconds.", {"0", "1800"}));
+    dismiss(*t, FormatText("Enter a delay from %s to %s seconds.", {"0", "1800"}));
     EXPECT_EQ(english(root, "ERR_SHUTDOWN_ID"), "Enter a delay from %d to %d seconds.");
     t->send(keys::Up);
     Retype(*t, "");
     pressOk();
-    expectBox(english(root, "ERR_SHUTDOWN_NULL_ID"));
+    dismiss(*t, english(root, "ERR_SHUTDOWN_NULL_ID"));
     // Letters never reach the entry.
     t->send(keys::Up);
     Retype(*t, "18x00");
@@ -258,9 +272,9 @@ TEST(BaseMenu, ShutdownDelay) {
     open();
     DeleteMethod(root, "SHUTDOWN DELAY");
     pressOk();
-    expectBox(FormatText(english(root, "FUNC_CALL_ERR"), {"PutBaseSetting"}));
+    dismiss(*t, FormatText(english(root, "FUNC_CALL_ERR"), {"PutBaseSetting"}));
     EXPECT_TRUE(t->waitForNoText(title)) << t->dump();
-    EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    EXPECT_TRUE(t->contains(frameTitle(root, "TITTLE_BASE_ID"))) << t->dump();
     EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 0xDEADBEEFu);
     CloseAll(*t, root);
     EXPECT_EQ(traceCount(root, 1, "PutBaseSetting failed."), 1) << traceDump(root);
@@ -268,63 +282,41 @@ TEST(BaseMenu, ShutdownDelay) {
 
 // Adding (letters refused, a bad address and a duplicate warned of), OK storing the list and the
 // switch; a removal stored at once while Cancel drops the additions of the same visit.
-// Presses the focused button of the trap panel with Space, which presses a newt button as Enter
-// does. (The panel once handed the terminal back before every run of its form, when Enter could
-// meet the terminal in its cooked mode; it now only redraws.)
-static void PressInTrapPanel(zoltest::Terminal& t) {
-    t.send(keys::Space);
-}
-
 TEST(BaseMenu, SnmpTrapList) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
-    const std::string addTitle = "┤ " + english(root, "SUBBASE_ADD_TITLE") + " ├";
+    const std::string addTitle = frameTitle(root, "SUBBASE_ADD_TITLE");
     // Focus is on Add: the form keeps it there after each dialog.
     const auto pressAdd = [&] {
-        ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
-        PressInTrapPanel(*t);
+        PressTrapButton(*t, root, "GPSET_BUTTON_ADD_ID");
         ASSERT_TRUE(t->waitForText(addTitle)) << t->dump();
-    };
-    // In the address dialog: type, then OK.
-    const auto enter = [&](const std::string& typed) {
-        t->type(typed);
-        t->send(keys::Tab);
-        t->send(keys::Enter);
-    };
-    const auto okBox = [&](const std::string& text) {
-        ASSERT_TRUE(t->waitForText(text)) << t->dump();
-        t->send(keys::Enter);
-        ASSERT_TRUE(t->waitForNoText(text)) << t->dump();
     };
 
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     EXPECT_TRUE(t->waitForText("[*] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     t->send(keys::Space);
     ASSERT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
-    t->send(keys::Tab);
-    t->send(keys::Tab);
+    sendTimes(*t, 2);
     pressAdd();
-    enter("a10.x0-.0.1z");
+    EnterAddress(*t, "a10.x0-.0.1z");
     ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
     ASSERT_TRUE(t->waitForText("10.0.0.1")) << t->dump();
     pressAdd();
-    enter("10.0.0.300");
-    okBox(english(root, "IDS_ERR_INVALID_IPADDRESS2"));
+    EnterAddress(*t, "10.0.0.300");
+    dismiss(*t, english(root, "IDS_ERR_INVALID_IPADDRESS2"));
     ASSERT_TRUE(t->contains(addTitle)) << t->dump();
     t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
+    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_CANCEL_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
     pressAdd();
-    enter("10.0.0.1");
-    okBox(english(root, "IDS_ERROR_MSG_EXIST"));
+    EnterAddress(*t, "10.0.0.1");
+    dismiss(*t, english(root, "IDS_ERROR_MSG_EXIST"));
     pressAdd();
-    enter("192.168.7.7");
+    EnterAddress(*t, "192.168.7.7");
     ASSERT_TRUE(t->waitForText("192.168.7.7")) << t->dump();
-    t->send(keys::Tab);
-    t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    sendTimes(*t, 2);
+    PressTrapButton(*t, root, "BUTTON_OK_ID");
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"10.0.0.1", "192.168.7.7"}));
     EXPECT_EQ(MethodDword(root, "MANAGER (SNMP)", "Enable"), 0u);
@@ -332,15 +324,13 @@ TEST(BaseMenu, SnmpTrapList) {
     // Remove the first (current) address, add one, cancel.
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     EXPECT_TRUE(t->waitForText("[ ] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
-    for (int i = 0; i < 3; ++i)
-        t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    sendTimes(*t, 3);
+    PressTrapButton(*t, root, "GPSET_BUTTON_REMOVE_ID");
     ASSERT_TRUE(t->waitForNoText("10.0.0.1")) << t->dump();
     EXPECT_EQ(TrapDestinations(root), (std::vector<std::string>{"192.168.7.7"}));
     t->send(keys::Up);
     pressAdd();
-    enter("172.16.0.9");
+    EnterAddress(*t, "172.16.0.9");
     ASSERT_TRUE(t->waitForText("172.16.0.9")) << t->dump();
     t->send(keys::CtrlO);
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
@@ -359,29 +349,22 @@ TEST(BaseMenu, SnmpTrapListLimits) {
     auto t = OpenBaseMenu(root);
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     ASSERT_TRUE(t->waitForText("10.1.0.0")) << t->dump();
-    t->send(keys::Tab);
-    t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    sendTimes(*t, 2);
+    PressTrapButton(*t, root, "GPSET_BUTTON_ADD_ID");
     const std::string fullText = english(root, "SNMP_TRAP_LIST_FULL_ID");
     ASSERT_TRUE(t->waitForText(fullText)) << t->dump();
     EXPECT_FALSE(t->contains(english(root, "SUBBASE_ADD_TITLE"))) << t->dump();
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(fullText)) << t->dump();
+    dismiss(*t, fullText);
     t->send(keys::CtrlO);
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root).size(), 256u);
 
     SetTrapDestinations(root, {});
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
-    for (int i = 0; i < 3; ++i)
-        t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    sendTimes(*t, 3);
+    PressTrapButton(*t, root, "GPSET_BUTTON_REMOVE_ID");
     const std::string error = FormatText(english(root, "FUNC_CALL_ERR"), {"DelTrapSetting"});
-    ASSERT_TRUE(t->waitForText(error)) << t->dump();
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(error)) << t->dump();
+    dismiss(*t, error);
     t->send(keys::CtrlO);
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     CloseAll(*t, root);
@@ -392,10 +375,7 @@ TEST(BaseMenu, SnmpTrapListLimits) {
 TEST(BaseMenu, NumberEntryErasedAndRetypedKeepsWhatItShows) {
     ProductRoot root;
     auto t = OpenBaseMenu(root);
-    const std::string title = "┤ " + english(root, "BASE_SUB_TITTLE_ID") + " ├";
-    t->send(keys::Tab);
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForText(title)) << t->dump();
+    OpenDelayPanel(*t, root);
     t->send(keys::Space);
     t->send(keys::Tab);
     Retype(*t, "12345");
@@ -403,14 +383,10 @@ TEST(BaseMenu, NumberEntryErasedAndRetypedKeepsWhatItShows) {
     const std::string label = english(root, "BASE_SUB_DELAY_ID");
     ASSERT_TRUE(t->waitForText(label + " 1234_")) << t->dump();
     t->send(keys::End);
-    for (int i = 0; i < 5; ++i)
-        t->send(keys::Backspace);
+    sendTimes(*t, 5, keys::Backspace);
     t->type("60");
     ASSERT_TRUE(t->waitForText(label + " 60___")) << t->dump();
-    t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    OkDelayPanel(*t, root);
     EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 1u);
     EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Value"), 60u);
     CloseAll(*t, root);
@@ -420,22 +396,15 @@ TEST(BaseMenu, NumberEntryErasedAndRetypedKeepsWhatItShows) {
 // no error box, the value kept.
 TEST(BaseMenu, ShutdownDelayOutOfRangeCanBeSwitchedOff) {
     ProductRoot root;
-    frametest::zolreg(root, {"add", "HKLM\\" + kMethodKey + "SHUTDOWN DELAY", "/v", "Enable", "/t",
-                             "REG_DWORD", "/d", "1", "/f"});
-    frametest::zolreg(root, {"add", "HKLM\\" + kMethodKey + "SHUTDOWN DELAY", "/v", "Value", "/t",
-                             "REG_DWORD", "/d", "5000", "/f"});
+    const zoltest::StoreReader store(root);
+    ASSERT_EQ(store.setDword(kMethodKey + "SHUTDOWN DELAY", "Enable", 1), ERROR_SUCCESS);
+    ASSERT_EQ(store.setDword(kMethodKey + "SHUTDOWN DELAY", "Value", 5000), ERROR_SUCCESS);
     auto t = OpenBaseMenu(root);
-    const std::string title = "┤ " + english(root, "BASE_SUB_TITTLE_ID") + " ├";
-    t->send(keys::Tab);
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForText(title)) << t->dump();
+    OpenDelayPanel(*t, root);
     EXPECT_TRUE(t->waitForText("[*] " + english(root, "BASE_SUB_ENABLE_ID"))) << t->dump();
     EXPECT_TRUE(t->contains(english(root, "BASE_SUB_DELAY_ID") + " 5000_")) << t->dump();
     t->send(keys::Space);
-    t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
+    OkDelayPanel(*t, root);
     EXPECT_FALSE(t->contains(FormatText(english(root, "FUNC_CALL_ERR"), {"PutBaseSetting"})))
         << t->dump();
     EXPECT_EQ(MethodDword(root, "SHUTDOWN DELAY", "Enable"), 0u);
@@ -450,40 +419,28 @@ TEST(BaseMenu, SnmpTrapListKeepsAnotherProcessesAddition) {
     ProductRoot root;
     SetTrapDestinations(root, {"192.0.2.1"});
     auto t = OpenBaseMenu(root);
-    const std::string addTitle = "┤ " + english(root, "SUBBASE_ADD_TITLE") + " ├";
+    const std::string addTitle = frameTitle(root, "SUBBASE_ADD_TITLE");
     OpenReportRow(*t, root, 0, "BASE_SNMP_TITLE");
     ASSERT_TRUE(t->waitForText("192.0.2.1")) << t->dump();
-    t->send(keys::Tab);
-    t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    sendTimes(*t, 2);
+    PressTrapButton(*t, root, "GPSET_BUTTON_ADD_ID");
     ASSERT_TRUE(t->waitForText(addTitle)) << t->dump();
     for (const char* unusable : {"0.0.0.0", "255.255.255.255"}) {
-        t->type(unusable);
-        t->send(keys::Tab);
-        t->send(keys::Enter);
-        const std::string refused = english(root, "SNMP_TRAP_ADDRESS_ERR_ID");
-        ASSERT_TRUE(t->waitForText(refused)) << t->dump();
-        t->send(keys::Enter);
-        ASSERT_TRUE(t->waitForNoText(refused)) << t->dump();
+        EnterAddress(*t, unusable);
+        dismiss(*t, english(root, "SNMP_TRAP_ADDRESS_ERR_ID"));
         ASSERT_TRUE(t->contains(addTitle)) << t->dump();
         t->send(keys::Up);
         t->send(keys::End);
-        for (std::size_t i = 0; i < std::string_view(unusable).size(); ++i)
-            t->send(keys::Backspace);
+        sendTimes(*t, static_cast<int>(std::string_view(unusable).size()), keys::Backspace);
     }
-    t->type("10.0.0.5");
-    t->send(keys::Tab);
-    t->send(keys::Enter);
+    EnterAddress(*t, "10.0.0.5");
     ASSERT_TRUE(t->waitForNoText(addTitle)) << t->dump();
     ASSERT_TRUE(t->waitForText("10.0.0.5")) << t->dump();
 
     // Meanwhile another process adds an address.
     SetTrapDestinations(root, {"192.0.2.1", "198.51.100.7"});
-    t->send(keys::Tab);
-    t->send(keys::Tab);
-    ASSERT_TRUE(ReverseHas(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressInTrapPanel(*t);
+    sendTimes(*t, 2);
+    PressTrapButton(*t, root, "BUTTON_OK_ID");
     ASSERT_TRUE(SnmpPanelClosed(*t, root)) << t->dump();
     EXPECT_EQ(TrapDestinations(root),
               (std::vector<std::string>{"192.0.2.1", "198.51.100.7", "10.0.0.5"}));

@@ -3,25 +3,15 @@
 
 #include <cstring>
 
+#include "store_reader.h"
+
 namespace keys = zoltest::keys;
 
 namespace desttest {
 
 std::string stored(const ProductRoot& root, const std::string& key, const char* name) {
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    std::string value = "?";
-    HKEY handle = nullptr;
-    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &handle) == ERROR_SUCCESS) {
-        char data[4096];
-        DWORD type = 0, size = sizeof data;
-        if (RegQueryValueEx(handle, name, nullptr, &type, reinterpret_cast<BYTE*>(data), &size) ==
-            ERROR_SUCCESS)
-            value.assign(data, size);
-        RegCloseKey(handle);
-    }
-    // The program writes between two reads: every read starts from the file.
-    ZolRegCloseStore();
-    return value;
+    const auto value = zoltest::StoreReader(root).value(key, name);
+    return value ? value->bytes : "?";
 }
 
 DWORD storedDword(const ProductRoot& root, const std::string& key, const char* name) {
@@ -38,24 +28,16 @@ std::string storedText(const ProductRoot& root, const std::string& key, const ch
 }
 
 bool keyExists(const ProductRoot& root, const std::string& key) {
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    HKEY handle = nullptr;
-    const bool found =
-        RegOpenKeyEx(HKEY_LOCAL_MACHINE, key.c_str(), 0, KEY_READ, &handle) == ERROR_SUCCESS;
-    if (found)
-        RegCloseKey(handle);
-    ZolRegCloseStore();
-    return found;
+    return zoltest::StoreReader(root).subkeys(key).has_value();
 }
 
 void addDword(const ProductRoot& root, const std::string& key, const char* name, DWORD value) {
-    frametest::zolreg(root, {"add", "HKLM\\" + key, "/v", name, "/t", "REG_DWORD", "/d",
-                             std::to_string(value), "/f"});
+    ASSERT_EQ(zoltest::StoreReader(root).setDword(key, name, value), ERROR_SUCCESS) << key;
 }
 
 void addText(const ProductRoot& root, const std::string& key, const char* name,
              const std::string& text) {
-    frametest::zolreg(root, {"add", "HKLM\\" + key, "/v", name, "/t", "REG_SZ", "/d", text, "/f"});
+    ASSERT_EQ(zoltest::StoreReader(root).setText(key, name, text), ERROR_SUCCESS) << key;
 }
 
 std::unique_ptr<Terminal> openList(const ProductRoot& root) {
@@ -81,20 +63,8 @@ void selectID(Terminal& t, const std::string& id) {
 }
 
 void pressListButton(Terminal& t, int button) {
-    tabs(t, button);
+    frametest::sendTimes(t, button);
     t.send(keys::Enter);
-}
-
-void tabs(Terminal& t, int count) {
-    for (int i = 0; i < count; ++i)
-        t.send(keys::Tab);
-}
-
-void retype(Terminal& t, const std::string& text, int length) {
-    t.send(keys::End);
-    for (int i = 0; i < length; ++i)
-        t.send(keys::Backspace);
-    t.type(text);
 }
 
 // True when a run of reverse video is exactly label: a list's current row and what a box
@@ -116,18 +86,18 @@ void dismiss(Terminal& t, const std::string& text) {
     })) << t.dump();
 }
 
-bool focused(Terminal& t, const std::string& label) {
-    return t.waitFor(
-        [&](const Terminal& s) { return s.reverseText().find(label) != std::string::npos; });
-}
-
 bool titled(Terminal& t, const ProductRoot& root, const char* titleId) {
-    return t.waitForText("┤ " + frametest::english(root, titleId) + " ├");
+    return t.waitForText(frametest::frameTitle(root, titleId));
 }
 
 void closeWindow(Terminal& t, const ProductRoot& root, const char* titleId) {
     t.send(keys::CtrlO);
-    ASSERT_TRUE(t.waitForNoText("┤ " + frametest::english(root, titleId) + " ├")) << t.dump();
+    ASSERT_TRUE(t.waitForNoText(frametest::frameTitle(root, titleId))) << t.dump();
+}
+
+void closeListAndMenu(Terminal& t, const ProductRoot& root) {
+    closeWindow(t, root, "TITTLE_DESTSET_ID");
+    frametest::closeMenu(t);
 }
 
 }  // namespace desttest

@@ -35,16 +35,17 @@ void selectID(Terminal& t, const std::string& id);
 // Presses the list's button: 1 Add, 2 Change, 3 Delete (the focus is on the list box).
 void pressListButton(Terminal& t, int button);
 
-void tabs(Terminal& t, int count);
 // Replaces the focused entry's text (at most `length` characters before).
-void retype(Terminal& t, const std::string& text, int length = 40);
+inline void retype(Terminal& t, const std::string& text, int length = 40) {
+    frametest::retype(t, text, length);
+}
 // Waits for a box showing text with its button focused, and closes it.
 void dismiss(Terminal& t, const std::string& text);
-// Waits for the focused button (reverse video) to be label.
-bool focused(Terminal& t, const std::string& label);
 // Waits for a window titled with the text of titleId.
 bool titled(Terminal& t, const ProductRoot& root, const char* titleId);
 // Ctrl-O, then waits until the window titled titleId has gone.
 void closeWindow(Terminal& t, const ProductRoot& root, const char* titleId);
+// Closes the destination list and then the main menu with Ctrl-O.
+void closeListAndMenu(Terminal& t, const ProductRoot& root);
 
 }  // namespace desttest

@@ -12,6 +12,8 @@
 
 namespace keys = zoltest::keys;
 using frametest::english;
+using frametest::sendTimes;
+using frametest::waitFocus;
 using namespace desttest;
 
 namespace {
@@ -24,9 +26,7 @@ std::string existText(const ProductRoot& root, const std::string& id) {
 void chooseInBand(Terminal& t) {
     t.send(keys::Tab);
     t.send(keys::Down);
-    ASSERT_TRUE(t.waitFor([](const Terminal& s) {
-        return s.reverseText().find("MANAGER (TCP_IP In-Band)") != std::string::npos;
-    })) << t.dump();
+    ASSERT_TRUE(waitFocus(t, "MANAGER (TCP_IP In-Band)")) << t.dump();
 }
 
 // A range message as the program fills it.
@@ -63,38 +63,37 @@ TEST(DestinationEditor, AddInBandIDWithItsRefusals) {
     const std::string noName = english(root, "WARN_NOIDNAME_ID");
     // OK (four stops after the entry), Address (two) and Schedule (three) need a name.
     for (const int stops : {4, 2, 3}) {
-        tabs(*t, stops);
+        sendTimes(*t, stops);
         t->send(keys::Enter);
         dismiss(*t, noName);
-        tabs(*t, 6 - stops);  // back round to the ID entry
+        sendTimes(*t, 6 - stops);  // back round to the ID entry
     }
     t->type("Ops\\Center");
     chooseInBand(*t);
-    tabs(*t, 1);  // Address
+    sendTimes(*t, 1);  // Address
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "TITTLE_INBAND_ID")) << t->dump();
     t->type("localhost");
-    tabs(*t, 3);  // port, Default, OK
+    sendTimes(*t, 3);  // port, Default, OK
     t->send(keys::Enter);
     const std::string line = FormatText(english(root, "DEST_IDLIST_ADD2_ID"), {"127.0.0.1"});
     ASSERT_TRUE(t->waitForText(line)) << t->dump();
-    tabs(*t, 2);  // OK
+    sendTimes(*t, 2);  // OK
     t->send(keys::Enter);
     dismiss(*t, existText(root, "Ops\\Center"));
     // The dialog keeps what was typed: the focus is back on OK.
-    tabs(*t, 2);
+    sendTimes(*t, 2);
     retype(*t, "snmp");
-    tabs(*t, 4);
+    sendTimes(*t, 4);
     t->send(keys::Enter);
     dismiss(*t, existText(root, "snmp"));
-    tabs(*t, 2);
+    sendTimes(*t, 2);
     retype(*t, "Ops");
-    tabs(*t, 4);
+    sendTimes(*t, 4);
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_IDSET_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_IDSET_ID"))) << t->dump();
     EXPECT_TRUE(t->waitForText("Ops")) << t->dump();
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 
     const std::string key = kIDList + "\\Ops";
     EXPECT_EQ(storedText(root, key, "Address"), "127.0.0.1");
@@ -118,7 +117,7 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
         << t->dump();
     pressListButton(*t, 2);
     ASSERT_TRUE(titled(*t, root, "TITTLE_IDSET_ID")) << t->dump();
-    ASSERT_TRUE(focused(*t, english(root, "IDSET_BUTTON_ADD_ID"))) << t->dump();
+    ASSERT_TRUE(waitFocus(*t, english(root, "IDSET_BUTTON_ADD_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "TITTLE_OUTBAND_ID")) << t->dump();
     retype(*t, "127.0.0.1", 12);
@@ -129,7 +128,7 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
     t->send(keys::Tab);
     t->type("s3cret");
     EXPECT_FALSE(t->contains("s3cret")) << t->dump();
-    tabs(*t, 3);  // port, Default, OK
+    sendTimes(*t, 3);  // port, Default, OK
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(FormatText(english(root, "DEST_IDLIST_ADD3_ID"), {"127.0.0.1"})))
         << t->dump();
@@ -161,18 +160,18 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
         if (attempt.refusal.empty())
             break;
         dismiss(*t, attempt.refusal);
-        tabs(*t, 2);  // from OK round to the interval
+        sendTimes(*t, 2);  // from OK round to the interval
     }
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_SCHEDULE_ID"))) << t->dump();
     EXPECT_EQ(storedDword(root, key, "RetryInterval"), 30u);
     EXPECT_EQ(storedDword(root, key, "RetryTime"), 240u);
     EXPECT_EQ(storedDword(root, key, "HourMask"), 0xFFFFFFu);
 
-    ASSERT_TRUE(focused(*t, english(root, "IDSET_BUTTON_SCH_ID"))) << t->dump();
+    ASSERT_TRUE(waitFocus(*t, english(root, "IDSET_BUTTON_SCH_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "TITTLE_SCHEDULE_ID")) << t->dump();
     fillSchedule(*t, "1", "0", "8-17");
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_SCHEDULE_ID"))) << t->dump();
     EXPECT_EQ(storedDword(root, key, "RetryInterval"), 1u);
     EXPECT_EQ(storedDword(root, key, "RetryTime"), 0u);
     EXPECT_EQ(storedDword(root, key, "HourMask"), 0x03FF00u);
@@ -183,8 +182,7 @@ TEST(DestinationEditor, ChangeThroughAddressAndSchedule) {
     retype(*t, "9", 3);
     closeWindow(*t, root, "TITTLE_SCHEDULE_ID");
     closeWindow(*t, root, "TITTLE_IDSET_ID");
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
     EXPECT_EQ(storedDword(root, key, "RetryInterval"), 1u);
     EXPECT_EQ(frametest::traceDump(root).find("s3cret"), std::string::npos);
 }
@@ -218,7 +216,7 @@ TEST(DestinationList, DeleteRemovesTheIDEverywhereButNeverABuiltInOne) {
         selectID(*t, "Ops");
         pressListButton(*t, 3);
         ASSERT_TRUE(t->waitForText(sure)) << t->dump();
-        ASSERT_TRUE(focused(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+        ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
         if (!confirm)
             t->send(keys::Tab);
         t->send(keys::Enter);
@@ -228,8 +226,7 @@ TEST(DestinationList, DeleteRemovesTheIDEverywhereButNeverABuiltInOne) {
             << t->dump();
         EXPECT_EQ(keyExists(root, kIDList + "\\Ops"), !confirm);
     }
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 
     for (const std::string& dest : {events, items}) {
         EXPECT_EQ(storedDword(root, dest, "Ops"), 0xFFFFFFFFu) << dest;
@@ -256,17 +253,16 @@ TEST(DestinationList, EmptyTableShowsNoneAndWarns) {
     t->send(keys::Tab);
     t->send(keys::Enter);
     dismiss(*t, invalid);
-    tabs(*t, 3);  // Close, list, Add
+    sendTimes(*t, 3);  // Close, list, Add
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "TITTLE_IDSET_ID")) << t->dump();
     t->type("Lonely");
-    tabs(*t, 2);  // the empty method list, Address
-    ASSERT_TRUE(focused(*t, english(root, "IDSET_BUTTON_ADD_ID"))) << t->dump();
+    sendTimes(*t, 2);  // the empty method list, Address
+    ASSERT_TRUE(waitFocus(*t, english(root, "IDSET_BUTTON_ADD_ID"))) << t->dump();
     t->send(keys::Enter);
     dismiss(*t, invalid);
     closeWindow(*t, root, "TITTLE_IDSET_ID");
     ASSERT_TRUE(t->waitForText("<none>")) << t->dump();
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
     EXPECT_FALSE(keyExists(root, kIDList + "\\Lonely"));
 }

@@ -12,6 +12,8 @@
 
 namespace keys = zoltest::keys;
 using frametest::english;
+using frametest::sendTimes;
+using frametest::waitFocus;
 using namespace desttest;
 
 namespace {
@@ -24,7 +26,7 @@ void changeVantrelReport(Terminal& t, const ProductRoot& root) {
     selectID(t, "VantrelReport");
     pressListButton(t, 2);
     ASSERT_TRUE(titled(t, root, "TITTLE_IDSET_ID")) << t.dump();
-    ASSERT_TRUE(focused(t, english(root, "IDSET_BUTTON_ADD_ID"))) << t.dump();
+    ASSERT_TRUE(waitFocus(t, english(root, "IDSET_BUTTON_ADD_ID"))) << t.dump();
 }
 
 }  // namespace
@@ -41,8 +43,7 @@ TEST(RemoteDestination, ViaManagerAddressAndSchedule) {
     ASSERT_TRUE(t->waitForText(unknown)) << t->dump();
     pressListButton(*t, 2);
     dismiss(*t, english(root, "IMAIL_INSERT_FD_ID").substr(0, 40));
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 
     addDword(root, kService, "InstVantrelKeyFD", 1);
     t = openList(root);
@@ -50,19 +51,19 @@ TEST(RemoteDestination, ViaManagerAddressAndSchedule) {
     EXPECT_TRUE(t->contains(unknown)) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "FWMANAGERL_DEST_TITLE_ID")) << t->dump();
-    tabs(*t, 3);  // port, Default, OK
+    sendTimes(*t, 3);  // port, Default, OK
     t->send(keys::Enter);
     dismiss(*t, english(root, "FWMANAGER_IP_EMPTY_ID"));
-    tabs(*t, 2);  // Cancel, address
+    sendTimes(*t, 2);  // Cancel, address
     t->type("localhost");
     t->send(keys::Tab);
     retype(*t, "80", 8);
-    tabs(*t, 2);
+    sendTimes(*t, 2);
     t->send(keys::Enter);
     dismiss(*t, english(root, "IDS_ERR_NOT_LANGE_PORTNUMBER"));
-    tabs(*t, 3);  // Cancel, address, port
+    sendTimes(*t, 3);  // Cancel, address, port
     retype(*t, "7000", 8);
-    tabs(*t, 2);
+    sendTimes(*t, 2);
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(FormatText(english(root, "DEST_IDLIST_ADD2_ID"), {"127.0.0.1"})))
         << t->dump();
@@ -72,14 +73,13 @@ TEST(RemoteDestination, ViaManagerAddressAndSchedule) {
     t->send(keys::Tab);  // Schedule
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "TITTLE_SCHEDULE_ID")) << t->dump();
-    tabs(*t, 2);
+    sendTimes(*t, 2);
     retype(*t, "9-17");
-    tabs(*t, 1);
+    sendTimes(*t, 1);
     t->send(keys::Enter);
-    ASSERT_TRUE(t->waitForNoText("┤ " + english(root, "TITTLE_SCHEDULE_ID") + " ├")) << t->dump();
+    ASSERT_TRUE(t->waitForNoText(frametest::frameTitle(root, "TITTLE_SCHEDULE_ID"))) << t->dump();
     closeWindow(*t, root, "TITTLE_IDSET_ID");
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
     EXPECT_EQ(storedDword(root, kIDList + "\\VantrelReport", "HourMask"), 0x03FE00u);
 }
 
@@ -93,10 +93,10 @@ TEST(RemoteDestination, InternetMailDestination) {
     t->send(keys::Enter);
     ASSERT_TRUE(titled(*t, root, "IMAIL_DEST_TITLE_ID")) << t->dump();
     t->type("ops@example.com,,desk");
-    tabs(*t, 5);  // subject, Test, Critical test, Opening report, OK
+    sendTimes(*t, 5);  // subject, Test, Critical test, Opening report, OK
     t->send(keys::Enter);
     dismiss(*t, english(root, "IMAIL_DEST_MLTO_ERR4"));
-    tabs(*t, 2);  // Cancel, To
+    sendTimes(*t, 2);  // Cancel, To
     retype(*t, "ops@example.com, desk@example.com", 30);
     t->send(keys::Tab);
     t->type("Server trouble");
@@ -104,7 +104,7 @@ TEST(RemoteDestination, InternetMailDestination) {
     t->send(keys::Enter);
     // No SMTP server is set: the mail library says so.
     dismiss(*t, "no SMTP server is set");
-    tabs(*t, 3);  // Critical test, Opening report, OK
+    sendTimes(*t, 3);  // Critical test, Opening report, OK
     t->send(keys::Enter);
     const std::string line =
         FormatText(english(root, "DEST_IDLIST_ADD5_ID"), {"ops@example.com, desk@example.com"});
@@ -117,11 +117,10 @@ TEST(RemoteDestination, InternetMailDestination) {
     ASSERT_TRUE(t->waitFor([](const Terminal& s) {
         return s.reverseText().find("SNMP") != std::string::npos;
     })) << t->dump();
-    tabs(*t, 3);
+    sendTimes(*t, 3);
     selectID(*t, "VantrelReport");
     EXPECT_TRUE(t->waitForText("desk@example.com")) << t->dump();
-    closeWindow(*t, root, "TITTLE_DESTSET_ID");
-    frametest::closeMenu(*t);
+    closeListAndMenu(*t, root);
 }
 
 // The opening report from the internet-mail screen, through the real mail library and a real
@@ -145,7 +144,7 @@ TEST(RemoteDestination, OpeningReportByMail) {
         changeVantrelReport(*t, root);
         t->send(keys::Enter);
         ASSERT_TRUE(titled(*t, root, "IMAIL_DEST_TITLE_ID")) << t->dump();
-        tabs(*t, 4);  // subject, Test, Critical test, Opening report
+        sendTimes(*t, 4);  // subject, Test, Critical test, Opening report
         t->send(keys::Enter);
         ASSERT_TRUE(t->waitForText(english(root, "IMAIL_QUE_OPEN_ID"))) << t->dump();
         t->send(keys::Enter);  // OK

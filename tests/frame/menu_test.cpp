@@ -7,6 +7,7 @@
 #include "frame/textformat.h"
 #include "frame_test_util.h"
 #include "regpaths.h"
+#include "store_reader.h"
 
 namespace fs = std::filesystem;
 namespace keys = zoltest::keys;
@@ -20,12 +21,6 @@ namespace {
 const char* const kRowIds[] = {"MAIN_BASESET_ID", "MAIN_DESTSET_ID", "MAIN_AGENTS_ID",
                                "MAIN_SYSLOG_ID", "MAIN_VANTREL_ID"};
 
-bool reverseHas(zoltest::Terminal& t, const std::string& text) {
-    return t.waitFor([&](const zoltest::Terminal& s) {
-        return s.reverseText().find(text) != std::string::npos;
-    });
-}
-
 }  // namespace
 
 // Installed: five rows, the last of which opens the remote report service and comes back, and F12
@@ -35,8 +30,9 @@ TEST(FrameMenu, RowsFollowTheRemoteReportInstallation) {
     int closeDistance[2] = {};
     for (const bool installed : {true, false}) {
         ProductRoot root;
-        frametest::zolreg(root, {"add", "HKLM\\" ZOL_KEY_VNT_SETUP, "/v", "Installed", "/t",
-                                 "REG_DWORD", "/d", installed ? "1" : "0", "/f"});
+        ASSERT_EQ(zoltest::StoreReader(root).setDword(ZOL_KEY_VNT_SETUP, "Installed",
+                                                      installed ? 1u : 0u),
+                  ERROR_SUCCESS);
         auto t = frametest::startMenu(root);
         const std::string close = english(root, "BUTTON_CLOSE_ID");
         ASSERT_TRUE(t->waitForText(close)) << t->dump();
@@ -52,8 +48,7 @@ TEST(FrameMenu, RowsFollowTheRemoteReportInstallation) {
             // The service's row asks for the key floppy of a service never set up; Ctrl-O ends
             // the question and the menu comes back.
             const std::string pathTitle = english(root, "INPUT_OPENINGFILE_PATH_TITLE_ID");
-            for (int i = 0; i < 4; ++i)
-                t->send(keys::Down);
+            frametest::sendTimes(*t, 4, keys::Down);
             t->send(keys::Enter);
             ASSERT_TRUE(t->waitForText("┤ " + pathTitle + " ├")) << t->dump();
             t->send(keys::CtrlO);
@@ -62,12 +57,12 @@ TEST(FrameMenu, RowsFollowTheRemoteReportInstallation) {
             // Ctrl-Z does not reach the suspend handler: the menu goes on.
             t->send("\x1a");
             t->send(keys::Down);
-            ASSERT_TRUE(reverseHas(*t, english(root, kRowIds[1]))) << t->dump();
+            ASSERT_TRUE(frametest::waitFocus(*t, english(root, kRowIds[1]))) << t->dump();
             EXPECT_FALSE(t->contains("Press a key to continue")) << t->dump();
             t->send(keys::F12);
         } else {
             t->send(keys::Tab);
-            ASSERT_TRUE(reverseHas(*t, close)) << t->dump();
+            ASSERT_TRUE(frametest::waitFocus(*t, close)) << t->dump();
             t->send(keys::Enter);
         }
         ASSERT_TRUE(t->waitForExit()) << t->dump();
@@ -114,8 +109,7 @@ TEST(FrameMenu, FailuresBehindTheRows) {
     frametest::zolreg(root, {"add", idList, "/f"});
     for (const int row : {2, 3}) {
         auto t = frametest::startMenu(root);
-        for (int i = 0; i < row; ++i)
-            t->send(keys::Down);
+        frametest::sendTimes(*t, row, keys::Down);
         t->send(keys::Enter);
         // No message: the program simply ends as after Close.
         ASSERT_TRUE(t->waitForExit()) << t->dump();

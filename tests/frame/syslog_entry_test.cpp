@@ -21,7 +21,7 @@ constexpr int kSyslogRow = 3;
 
 // The syslog screen's window title, as its frame shows it.
 std::string syslogTitle(const ProductRoot& root) {
-    return "┤ " + english(root, "MAIN_SYSLOG_ID") + " ├";
+    return frametest::frameTitle(root, "MAIN_SYSLOG_ID");
 }
 
 // Opens the syslog screen (the fourth row), checks `during` while it is open, and closes it with

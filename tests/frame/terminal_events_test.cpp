@@ -110,7 +110,7 @@ TEST(TerminalResize, TooSmallShowsOneLineUntilItGrows) {
     t->resize(25, 80);
     ASSERT_TRUE(t->waitForText(row)) << t->dump();
     EXPECT_FALSE(t->contains(kTooSmall.substr(0, 40))) << t->dump();
-    EXPECT_FALSE(t->contains("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+    EXPECT_FALSE(t->contains(frametest::frameTitle(root, "TITTLE_BASE_ID"))) << t->dump();
     frametest::closeMenu(*t);
 }
 
@@ -148,7 +148,7 @@ TEST(TerminalEnd, SignalsCloseTheProgramThroughNewt) {
         auto t = frametest::startMenu(root);
         if (c.inSubScreen) {
             t->send(keys::Enter);
-            ASSERT_TRUE(t->waitForText("┤ " + english(root, "TITTLE_BASE_ID") + " ├")) << t->dump();
+            ASSERT_TRUE(t->waitForText(frametest::frameTitle(root, "TITTLE_BASE_ID"))) << t->dump();
         }
         EXPECT_FALSE(t->cookedMode()) << "newt runs the terminal raw";
         const std::size_t seen = t->rawOutput().size();

@@ -8,14 +8,14 @@
 #include "records.h"
 
 namespace keys = zoltest::keys;
+using frametest::dismiss;
 using frametest::english;
+using frametest::frameTitle;
+using frametest::sendTimes;
+using frametest::waitFocus;
 using montest::Bindings;
-using montest::CloseWithCtrlO;
-using montest::Dismiss;
 using montest::Dword;
 using montest::Text;
-using montest::Title;
-using montest::WaitFocus;
 using zoltest::ProductRoot;
 using Ids = std::set<std::string>;
 
@@ -42,32 +42,22 @@ const char* const kCatalogue = R"([AgentEvent\Alpha\40000001]
 "SNMP"=dword:00000001
 )";
 
-// Shift-Tab as an xterm sends it.
-constexpr std::string_view kBackTab = "\x1b[Z";
-
 const std::string kAlpha1 = "AgentEvent\\Alpha\\40000001";
 const std::string kAlpha2 = "AgentEvent\\Alpha\\80000002";
 const std::string kBeta3 = "AgentEvent\\Beta\\C0000003";
 const std::string kBeta4 = "AgentEvent\\Beta\\C0000004";
 
-void Tabs(zoltest::Terminal& t, int n) {
-    for (int i = 0; i < n; ++i)
-        t.send(keys::Tab);
-}
+const char* const kEventScreen = "TITTLE_SUBAGENT_SET_ID";
 
-// From the list's Set button (focused), opens the per-event screen.
-void OpenEventScreen(zoltest::Terminal& t, const ProductRoot& root) {
-    ASSERT_TRUE(WaitFocus(t, english(root, "AGENT_BUTTON_SET_ID"))) << t.dump();
-    t.send(keys::Enter);
-    ASSERT_TRUE(t.waitForText(Title(root, "TITTLE_SUBAGENT_SET_ID"))) << t.dump();
-}
-
-// Presses the focused button and waits for the per-event screen to close: back in the list, its
-// Set button has the focus again (a box in front of the screen may hide its title before that).
+// Presses the focused button and waits for the per-event screen to close.
 void PressAndClose(zoltest::Terminal& t, const ProductRoot& root) {
     t.send(keys::Enter);
-    ASSERT_TRUE(t.waitForNoText(Title(root, "TITTLE_SUBAGENT_SET_ID"))) << t.dump();
-    ASSERT_TRUE(WaitFocus(t, english(root, "AGENT_BUTTON_SET_ID"))) << t.dump();
+    montest::WaitSettingsClosed(t, root, kEventScreen);
+}
+
+void PressOkAndClose(zoltest::Terminal& t, const ProductRoot& root) {
+    ASSERT_TRUE(waitFocus(t, english(root, "BUTTON_OK_ID"))) << t.dump();
+    PressAndClose(t, root);
 }
 
 }  // namespace
@@ -79,47 +69,45 @@ TEST(AgentEvents, BindRemoveAndTheHandlingMethod) {
     montest::ReplaceCatalogues(root, kCatalogue);
     auto t = montest::OpenAgentList(root);
     ASSERT_TRUE(t->waitForText("alphaUp")) << t->dump();
-    Tabs(*t, 3);  // radios, then the event list
+    sendTimes(*t, 3);  // radios, then the event list
     t->send(keys::Down);
     ASSERT_TRUE(t->waitForText("alphaWarn")) << t->dump();
     t->send(keys::Up);
     ASSERT_TRUE(t->waitForText("alphaUp")) << t->dump();
     t->send(keys::Tab);
-    OpenEventScreen(*t, root);
+    montest::OpenSettings(*t, root, kEventScreen);
     EXPECT_TRUE(t->contains(english(root, "AGENT_DEALMETHOD_ID"))) << t->dump();
     EXPECT_FALSE(t->contains(NO_US_DEALMETHOD)) << t->dump();
     EXPECT_TRUE(t->contains("<none>")) << t->dump();
 
     t->send(keys::Down);  // action: shut down
     ASSERT_TRUE(t->waitForText(english(root, "SUBAGENT_ACTION_SHUTDOWN_ID"))) << t->dump();
-    Tabs(*t, 2);  // past the empty handling method to the other IDs
+    sendTimes(*t, 2);  // past the empty handling method to the other IDs
     t->send(keys::Down);
     t->send(keys::Tab);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
+    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText("<none>")) << t->dump();
-    Tabs(*t, 3);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressAndClose(*t, root);
+    sendTimes(*t, 3);
+    PressOkAndClose(*t, root);
     EXPECT_EQ(Bindings(root, kAlpha1), Ids{"TCP_IP In-Band"});
     EXPECT_EQ(Dword(root, kAlpha1, "Action"), 1);
     EXPECT_EQ(Text(root, kAlpha1, "DealMethod"), NO_US_DEALMETHOD);
 
-    OpenEventScreen(*t, root);
+    montest::OpenSettings(*t, root, kEventScreen);
     ASSERT_TRUE(t->waitForText("TCP_IP In-Band")) << t->dump();
     t->send(keys::Tab);
     t->send("Call the operator");
-    Tabs(*t, 3);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
+    sendTimes(*t, 3);
+    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText("<none>")) << t->dump();
-    Tabs(*t, 2);
+    sendTimes(*t, 2);
     PressAndClose(*t, root);
     EXPECT_EQ(Bindings(root, kAlpha1), Ids{});
     EXPECT_EQ(Text(root, kAlpha1, "DealMethod"), "Call the operator");
     EXPECT_EQ(Dword(root, kAlpha1, "Action"), 1);
-    CloseWithCtrlO(*t, Title(root, "TITTLE_AGENT_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "TITTLE_AGENT_ID");
 }
 
 // Remove on an empty list warns (its blanks around the text); Ctrl-O leaves the screen without
@@ -128,36 +116,34 @@ TEST(AgentEvents, EmptyListWarningCtrlOAndAClearedHandlingMethod) {
     ProductRoot root;
     montest::ReplaceCatalogues(root, kCatalogue);
     auto t = montest::OpenAgentList(root);
-    Tabs(*t, 4);
-    OpenEventScreen(*t, root);
-    Tabs(*t, 4);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
+    sendTimes(*t, 4);
+    montest::OpenSettings(*t, root, kEventScreen);
+    sendTimes(*t, 4);
+    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_REMOVE_ID"))) << t->dump();
     t->send(keys::Enter);
     const std::string removeWarning = "   " + english(root, "WARN_INVALID_ID") + "    ";
     ASSERT_TRUE(t->waitForText(removeWarning)) << t->dump();
     EXPECT_TRUE(t->contains("┤ " + english(root, "TITTLE_WARNING_ID") + " ├")) << t->dump();
-    Dismiss(*t, removeWarning);
-    t->send(kBackTab);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
+    dismiss(*t, removeWarning);
+    t->send(keys::BackTab);
+    ASSERT_TRUE(waitFocus(*t, english(root, "GPSET_BUTTON_ADD_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText("<none>")) << t->dump();
-    CloseWithCtrlO(*t, Title(root, "TITTLE_SUBAGENT_SET_ID"));
+    frametest::closeWindow(*t, root, kEventScreen);
     EXPECT_EQ(Bindings(root, kAlpha1), Ids{}) << "Ctrl-O wrote";
 
-    t->send(kBackTab);  // back to the event list
+    t->send(keys::BackTab);  // back to the event list
     t->send(keys::Down);
     t->send(keys::Tab);
-    OpenEventScreen(*t, root);
+    montest::OpenSettings(*t, root, kEventScreen);
     ASSERT_TRUE(t->waitForText("Reseat the card.")) << t->dump();
     t->send(keys::Tab);
     montest::Retype(*t, "");
     ASSERT_TRUE(t->waitForNoText("Reseat the card.")) << t->dump();
-    Tabs(*t, 5);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressAndClose(*t, root);
+    sendTimes(*t, 5);
+    PressOkAndClose(*t, root);
     EXPECT_EQ(Text(root, kAlpha2, "DealMethod"), "");
-    CloseWithCtrlO(*t, Title(root, "TITTLE_AGENT_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "TITTLE_AGENT_ID");
 }
 
 // "Whole source" shows the single all-events entry and no trap, and hands "All" on: the screen
@@ -174,8 +160,8 @@ TEST(AgentEvents, WholeSourceLeavesOutTheRemoteReportServiceID) {
     t->send(keys::Space);
     ASSERT_TRUE(t->waitForText(english(root, "AGENT_ALL_ID"))) << t->dump();
     ASSERT_TRUE(t->waitForNoText("betaDown")) << t->dump();
-    Tabs(*t, 3);
-    OpenEventScreen(*t, root);
+    sendTimes(*t, 3);
+    montest::OpenSettings(*t, root, kEventScreen);
     EXPECT_TRUE(t->contains(english(root, "AGENT_ALL_ID"))) << t->dump();
     EXPECT_FALSE(t->contains(english(root, "SUBAGENT_ACTION_ID"))) << t->dump();
     EXPECT_FALSE(t->contains(english(root, "AGENT_DEALMETHOD_ID"))) << t->dump();
@@ -183,7 +169,7 @@ TEST(AgentEvents, WholeSourceLeavesOutTheRemoteReportServiceID) {
     // Only SNMP to report to; OK asks; Cancel goes back to the screen.
     t->send(keys::Tab);
     t->send(keys::Enter);
-    Tabs(*t, 3);
+    sendTimes(*t, 3);
     t->send(keys::Enter);
     const std::string alarm = english(root, "SETALL_ALARM_ID").substr(0, 40);
     ASSERT_TRUE(t->waitForText(alarm)) << t->dump();
@@ -191,7 +177,7 @@ TEST(AgentEvents, WholeSourceLeavesOutTheRemoteReportServiceID) {
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(alarm)) << t->dump();
     EXPECT_EQ(Bindings(root, kBeta3), Ids{}) << "written after Cancel";
-    ASSERT_TRUE(WaitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(alarm)) << t->dump();
     PressAndClose(*t, root);
@@ -199,7 +185,7 @@ TEST(AgentEvents, WholeSourceLeavesOutTheRemoteReportServiceID) {
     EXPECT_EQ(Bindings(root, kBeta4), (Ids{"SNMP", "VantrelReport"}));
 
     // Three IDs are listed: a fourth Add finds nothing to move and warns.
-    OpenEventScreen(*t, root);
+    montest::OpenSettings(*t, root, kEventScreen);
     t->send(keys::Tab);
     for (int i = 0; i < 3; ++i)
         t->send(keys::Enter);
@@ -208,12 +194,12 @@ TEST(AgentEvents, WholeSourceLeavesOutTheRemoteReportServiceID) {
     EXPECT_FALSE(t->contains("VantrelReport")) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText("┤ " + addWarning + " ├")) << t->dump();
-    Dismiss(*t, english(root, "WARN_INVALID_ID"));
+    dismiss(*t, english(root, "WARN_INVALID_ID"));
     t->send(keys::Tab);
     t->send(keys::Enter);  // SNMP back
     t->send(keys::Enter);  // TCP_IP In-Band back
-    Tabs(*t, 2);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    sendTimes(*t, 2);
+    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(alarm)) << t->dump();
     PressAndClose(*t, root);
@@ -221,8 +207,7 @@ TEST(AgentEvents, WholeSourceLeavesOutTheRemoteReportServiceID) {
     EXPECT_EQ(Bindings(root, kBeta4), (Ids{"TCP_IP Out-of-Band", "VantrelReport"}));
     EXPECT_EQ(Bindings(root, kAlpha1), Ids{});
     EXPECT_EQ(Dword(root, kBeta3, "Action"), -1) << "a whole source writes no settings";
-    CloseWithCtrlO(*t, Title(root, "TITTLE_AGENT_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "TITTLE_AGENT_ID");
 }
 
 // Started with -A: error kind and level instead of the handling method. A kind without a row (5,
@@ -232,35 +217,32 @@ TEST(AgentEvents, AdministratorErrorKindAndLevel) {
     ProductRoot root;
     montest::ReplaceCatalogues(root, kCatalogue);
     auto t = montest::OpenAgentList(root, {"-A"});
-    Tabs(*t, 4);
-    OpenEventScreen(*t, root);
+    sendTimes(*t, 4);
+    montest::OpenSettings(*t, root, kEventScreen);
     EXPECT_TRUE(t->contains(english(root, "ADMAGENT_ERRKIND_LABEL_ID"))) << t->dump();
     EXPECT_TRUE(t->contains(english(root, "ADMAGENT_ERRKIND_AP_ID"))) << t->dump();
     EXPECT_FALSE(t->contains(english(root, "AGENT_DEALMETHOD_ID"))) << t->dump();
-    Tabs(*t, 2);
+    sendTimes(*t, 2);
     for (int i = 0; i < 3; ++i)
         t->send(keys::Down);
-    Tabs(*t, 5);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressAndClose(*t, root);
+    sendTimes(*t, 5);
+    PressOkAndClose(*t, root);
     EXPECT_EQ(Dword(root, kAlpha1, "ErrKind"), 3);
     EXPECT_EQ(Dword(root, kAlpha1, "Level"), 5);
     EXPECT_EQ(Text(root, kAlpha1, "DealMethod"), NO_US_DEALMETHOD);
 
-    t->send(kBackTab);
+    t->send(keys::BackTab);
     t->send(keys::Down);
     t->send(keys::Tab);
-    OpenEventScreen(*t, root);
+    montest::OpenSettings(*t, root, kEventScreen);
     ASSERT_TRUE(t->waitForText(english(root, "ADMAGENT_ERRKIND_OFF_ID"))) << t->dump();
     t->send(keys::Tab);
     t->send(keys::Down);
     ASSERT_TRUE(t->waitForText(english(root, "ADMAGENT_ERRKIND_ENV_ID"))) << t->dump();
-    Tabs(*t, 6);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
-    PressAndClose(*t, root);
+    sendTimes(*t, 6);
+    PressOkAndClose(*t, root);
     EXPECT_EQ(Dword(root, kAlpha2, "ErrKind"), 4);
     EXPECT_EQ(Dword(root, kAlpha2, "Level"), 8);
     EXPECT_EQ(Text(root, kAlpha2, "DealMethod"), "Reseat the card.");
-    CloseWithCtrlO(*t, Title(root, "TITTLE_AGENT_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "TITTLE_AGENT_ID");
 }

@@ -3,9 +3,13 @@
 
 #include <zolwin.h>
 
+#include "store_reader.h"
+
 namespace montest {
 
 namespace keys = zoltest::keys;
+using frametest::english;
+using frametest::frameTitle;
 
 void ReplaceCatalogues(const zoltest::ProductRoot& root, const std::string& regLines) {
     const std::string base = "HKEY_LOCAL_MACHINE\\" + kAlertMan;
@@ -38,29 +42,12 @@ std::unique_ptr<zoltest::Terminal> OpenRow(const zoltest::ProductRoot& root, int
     zoltest::TerminalOptions opts;
     opts.env = frametest::runEnv(root);
     auto t = std::make_unique<zoltest::Terminal>(argv, opts);
-    EXPECT_TRUE(t->waitForText(frametest::english(root, "MAIN_BASESET_ID"))) << t->dump();
-    for (int i = 0; i < row; ++i)
-        t->send(keys::Down);
+    EXPECT_TRUE(t->waitForText(english(root, "MAIN_BASESET_ID"))) << t->dump();
+    frametest::sendTimes(*t, row, keys::Down);
     t->send(keys::Enter);
-    EXPECT_TRUE(t->waitForText(Title(root, titleId))) << t->dump() << frametest::traceDump(root);
+    EXPECT_TRUE(t->waitForText(frameTitle(root, titleId)))
+        << t->dump() << frametest::traceDump(root);
     return t;
-}
-
-// Runs fn with the root's store open in this process, and closes it again.
-template <class Fn>
-auto WithStore(const zoltest::ProductRoot& root, Fn fn) {
-    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
-    auto result = fn();
-    ZolRegCloseStore();
-    return result;
-}
-
-HKEY OpenKey(const std::string& key) {
-    HKEY h = nullptr;
-    return RegOpenKeyEx(HKEY_LOCAL_MACHINE, (kAlertMan + "\\" + key).c_str(), 0, KEY_READ, &h) ==
-                   ERROR_SUCCESS
-               ? h
-               : nullptr;
 }
 
 }  // namespace
@@ -76,40 +63,31 @@ std::unique_ptr<zoltest::Terminal> OpenSyslogList(const zoltest::ProductRoot& ro
     return OpenRow(root, 3, "MAIN_SYSLOG_ID", args, launcher);
 }
 
-std::string Title(const zoltest::ProductRoot& root, const char* id) {
-    return "┤ " + frametest::english(root, id) + " ├";
-}
-
-bool WaitFocus(zoltest::Terminal& t, const std::string& text) {
-    return t.waitFor([&](const zoltest::Terminal& s) {
-        return s.reverseText().find(text) != std::string::npos;
-    });
-}
-
-void Dismiss(zoltest::Terminal& t, const std::string& text) {
-    ASSERT_TRUE(t.waitForText(text)) << t.dump();
+void OpenSettings(zoltest::Terminal& t, const zoltest::ProductRoot& root, const char* titleId) {
+    ASSERT_TRUE(frametest::waitFocus(t, english(root, "AGENT_BUTTON_SET_ID"))) << t.dump();
     t.send(keys::Enter);
-    ASSERT_TRUE(t.waitForNoText(text)) << t.dump();
+    ASSERT_TRUE(t.waitForText(frameTitle(root, titleId))) << t.dump();
 }
 
-void CloseWithCtrlO(zoltest::Terminal& t, const std::string& title) {
-    ASSERT_TRUE(t.waitForText(title)) << t.dump();
-    t.send(keys::CtrlO);
-    ASSERT_TRUE(t.waitForNoText(title)) << t.dump();
+void WaitSettingsClosed(zoltest::Terminal& t, const zoltest::ProductRoot& root,
+                        const char* titleId) {
+    ASSERT_TRUE(t.waitForNoText(frameTitle(root, titleId))) << t.dump();
+    ASSERT_TRUE(frametest::waitFocus(t, english(root, "AGENT_BUTTON_SET_ID"))) << t.dump();
 }
 
-void Retype(zoltest::Terminal& t, const std::string& text, int erase) {
-    t.send(keys::End);
-    t.send(std::string(static_cast<std::size_t>(erase), '\x7f'));
-    if (!text.empty())
-        t.send(text);
+void CloseListAndMenu(zoltest::Terminal& t, const zoltest::ProductRoot& root,
+                      const char* listTitleId) {
+    frametest::closeWindow(t, root, listTitleId);
+    frametest::closeMenu(t);
 }
 
 std::set<std::string> Bindings(const zoltest::ProductRoot& root, const std::string& key) {
-    return WithStore(root, [&] {
-        std::set<std::string> ids;
-        HKEY dest = OpenKey(key + "\\Dest");
-        for (DWORD i = 0; dest != nullptr; ++i) {
+    zoltest::ScopedEnv zolDir("ZolDir", root.path().string());
+    std::set<std::string> ids;
+    HKEY dest = nullptr;
+    if (RegOpenKeyEx(HKEY_LOCAL_MACHINE, (kAlertMan + "\\" + key + "\\Dest").c_str(), 0, KEY_READ,
+                     &dest) == ERROR_SUCCESS) {
+        for (DWORD i = 0;; ++i) {
             char name[4096];
             DWORD length = sizeof name, type = 0, data = 0, size = sizeof data;
             if (RegEnumValue(dest, i, name, &length, nullptr, &type, reinterpret_cast<BYTE*>(&data),
@@ -118,50 +96,23 @@ std::set<std::string> Bindings(const zoltest::ProductRoot& root, const std::stri
             if (type == REG_DWORD && data == 1)
                 ids.insert(name);
         }
-        if (dest != nullptr)
-            RegCloseKey(dest);
-        return ids;
-    });
+        RegCloseKey(dest);
+    }
+    ZolRegCloseStore();
+    return ids;
 }
 
 long Dword(const zoltest::ProductRoot& root, const std::string& key, const char* value) {
-    return WithStore(root, [&] {
-        long result = -1;
-        if (HKEY h = OpenKey(key)) {
-            DWORD data = 0, type = 0, size = sizeof data;
-            if (RegQueryValueEx(h, value, nullptr, &type, reinterpret_cast<BYTE*>(&data), &size) ==
-                    ERROR_SUCCESS &&
-                type == REG_DWORD)
-                result = static_cast<long>(data);
-            RegCloseKey(h);
-        }
-        return result;
-    });
+    const auto data = zoltest::StoreReader(root).dword(kAlertMan + "\\" + key, value);
+    return data ? static_cast<long>(*data) : -1;
 }
 
 std::string Text(const zoltest::ProductRoot& root, const std::string& key, const char* value) {
-    return WithStore(root, [&] {
-        std::string result = "(missing)";
-        if (HKEY h = OpenKey(key)) {
-            char data[1024] = {};
-            DWORD type = 0, size = sizeof data - 1;
-            if (RegQueryValueEx(h, value, nullptr, &type, reinterpret_cast<BYTE*>(data), &size) ==
-                    ERROR_SUCCESS &&
-                type == REG_SZ)
-                result = data;
-            RegCloseKey(h);
-        }
-        return result;
-    });
+    return zoltest::StoreReader(root).text(kAlertMan + "\\" + key, value).value_or("(missing)");
 }
 
 bool KeyExists(const zoltest::ProductRoot& root, const std::string& key) {
-    return WithStore(root, [&] {
-        HKEY h = OpenKey(key);
-        if (h != nullptr)
-            RegCloseKey(h);
-        return h != nullptr;
-    });
+    return zoltest::StoreReader(root).subkeys(kAlertMan + "\\" + key).has_value();
 }
 
 }  // namespace montest

@@ -2,7 +2,6 @@
 // the screens reached from the main menu, and what the store holds afterwards.
 #pragma once
 
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -28,19 +27,22 @@ std::unique_ptr<zoltest::Terminal> OpenSyslogList(const zoltest::ProductRoot& ro
                                                   const std::vector<std::string>& args = {},
                                                   const std::vector<std::string>& launcher = {});
 
-// A window's title as newt draws it in its frame.
-std::string Title(const zoltest::ProductRoot& root, const char* id);
+// From a list's Set button (focused), opens the settings screen titled titleId.
+void OpenSettings(zoltest::Terminal& t, const zoltest::ProductRoot& root, const char* titleId);
+// Waits for the settings screen titled titleId to close: back in the list, its Set button has
+// the focus again (a box in front of the screen may hide its title before that).
+void WaitSettingsClosed(zoltest::Terminal& t, const zoltest::ProductRoot& root,
+                        const char* titleId);
+// Closes the list titled listTitleId with Ctrl-O, then the main menu.
+void CloseListAndMenu(zoltest::Terminal& t, const zoltest::ProductRoot& root,
+                      const char* listTitleId);
+// Replaces the focused entry's text, erasing up to `erase` characters first.
+inline void Retype(zoltest::Terminal& t, const std::string& text, int erase = 60) {
+    frametest::retype(t, text, erase);
+}
 
-// Waits until `text` is in reverse video (the focused component under NEWT_MONO).
-bool WaitFocus(zoltest::Terminal& t, const std::string& text);
-// Closes a message box with its only button and waits for its text to go.
-void Dismiss(zoltest::Terminal& t, const std::string& text);
-// Sends Ctrl-O and waits for the window titled `title` to go.
-void CloseWithCtrlO(zoltest::Terminal& t, const std::string& title);
-// Replaces the focused entry's text: End, `erase` backspaces, then the text.
-void Retype(zoltest::Terminal& t, const std::string& text, int erase = 60);
-
-// What the store holds for one event or item key (relative to SOFTWARE\Tavik\ZolAlertMan).
+// What the store holds for one event or item key (relative to SOFTWARE\Tavik\ZolAlertMan):
+// the IDs bound to it, a DWORD (-1 when missing), a text ("(missing)") and whether it exists.
 std::set<std::string> Bindings(const zoltest::ProductRoot& root, const std::string& key);
 long Dword(const zoltest::ProductRoot& root, const std::string& key, const char* value);
 std::string Text(const zoltest::ProductRoot& root, const std::string& key, const char* value);

@@ -18,23 +18,21 @@
 
 namespace fs = std::filesystem;
 namespace keys = zoltest::keys;
+using frametest::dismiss;
 using frametest::english;
+using frametest::frameTitle;
+using frametest::sendTimes;
+using frametest::waitFocus;
 using montest::Bindings;
-using montest::CloseWithCtrlO;
-using montest::Dismiss;
 using montest::Dword;
 using montest::KeyExists;
 using montest::Retype;
 using montest::Text;
-using montest::Title;
-using montest::WaitFocus;
 using zoltest::ProductRoot;
 using Ids = std::set<std::string>;
 using namespace std::chrono_literals;
 
 namespace {
-
-constexpr std::string_view kBackTab = "\x1b[Z";
 
 const std::string kLongKeyword = std::string(40, 'a') + "Z";
 
@@ -59,11 +57,6 @@ const std::string kCatalogue = R"([SyslogMonitor\alpha\40000001]
 
 const std::string kAlpha1 = "SyslogMonitor\\alpha\\40000001";
 const std::string kAlpha2 = "SyslogMonitor\\alpha\\40000002";
-
-void Tabs(zoltest::Terminal& t, int n, std::string_view key = keys::Tab) {
-    for (int i = 0; i < n; ++i)
-        t.send(key);
-}
 
 // A datagram socket standing in for the system logger's /dev/log, in a folder of its own.
 class LogSocket {
@@ -111,24 +104,12 @@ bool CanIsolateDevLog(const LogSocket& log) {
     return zoltest::run({DEVLOG_LAUNCHER, log.path(), "/bin/true"}).status == 0;
 }
 
-// From the list's first component, the Set button, and the per-item screen it opens.
-void OpenItemScreen(zoltest::Terminal& t, const ProductRoot& root) {
-    ASSERT_TRUE(WaitFocus(t, english(root, "AGENT_BUTTON_SET_ID"))) << t.dump();
-    t.send(keys::Enter);
-    ASSERT_TRUE(t.waitForText(Title(root, "TITTLE_SUBSYSLOG_SET_ID"))) << t.dump();
-}
-
-// Waits for the per-item screen to close: back in the list, its Set button has the focus again
-// (a box in front of the screen may hide its title before that).
-void WaitItemScreenClosed(zoltest::Terminal& t, const ProductRoot& root) {
-    ASSERT_TRUE(t.waitForNoText(Title(root, "TITTLE_SUBSYSLOG_SET_ID"))) << t.dump();
-    ASSERT_TRUE(WaitFocus(t, english(root, "AGENT_BUTTON_SET_ID"))) << t.dump();
-}
+const char* const kItemScreen = "TITTLE_SUBSYSLOG_SET_ID";
 
 void PressOkAndClose(zoltest::Terminal& t, const ProductRoot& root) {
-    ASSERT_TRUE(WaitFocus(t, english(root, "BUTTON_OK_ID"))) << t.dump();
+    ASSERT_TRUE(waitFocus(t, english(root, "BUTTON_OK_ID"))) << t.dump();
     t.send(keys::Enter);
-    WaitItemScreenClosed(t, root);
+    montest::WaitSettingsClosed(t, root, kItemScreen);
 }
 
 }  // namespace
@@ -143,12 +124,12 @@ TEST(SyslogList, TestWritesTheLineCountTimesIntoTheSystemLog) {
     montest::ReplaceCatalogues(root, kCatalogue);
     auto t = montest::OpenSyslogList(root, {}, {DEVLOG_LAUNCHER, log.path()});
     ASSERT_TRUE(t->waitForText("alphaTrap1")) << t->dump();
-    Tabs(*t, 4);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "AGENT_BUTTON_TEST_ID"))) << t->dump();
+    sendTimes(*t, 4);
+    ASSERT_TRUE(waitFocus(*t, english(root, "AGENT_BUTTON_TEST_ID"))) << t->dump();
     t->send(keys::Enter);
     const std::string question = english(root, "AGENT_TEST_MES_ID");
     ASSERT_TRUE(t->waitForText(question)) << t->dump();
-    EXPECT_TRUE(t->contains(Title(root, "AGENT_TEST_TITTLE_MES_ID"))) << t->dump();
+    EXPECT_TRUE(t->contains(frameTitle(root, "AGENT_TEST_TITTLE_MES_ID"))) << t->dump();
     t->send(keys::Enter);
     const std::string line = "ZOLamsadm: [TEST - AlertManager] EXT4-fs error 100%s done %n ";
     for (int i = 0; i < 3; ++i) {
@@ -165,15 +146,14 @@ TEST(SyslogList, TestWritesTheLineCountTimesIntoTheSystemLog) {
     t->send(keys::Tab);
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(question)) << t->dump();
-    Tabs(*t, 3, kBackTab);
+    sendTimes(*t, 3, keys::BackTab);
     t->send(keys::Space);
     ASSERT_TRUE(t->waitForText(english(root, "AGENT_ALL_ID"))) << t->dump();
-    Tabs(*t, 3);
+    sendTimes(*t, 3);
     t->send(keys::Enter);
-    Dismiss(*t, english(root, "AGENT_TEST_NOALL_MES_ID"));
+    dismiss(*t, english(root, "AGENT_TEST_NOALL_MES_ID"));
     EXPECT_FALSE(log.Receive(500ms).has_value()) << "written after Cancel or for a whole source";
-    CloseWithCtrlO(*t, Title(root, "MAIN_SYSLOG_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "MAIN_SYSLOG_ID");
 }
 
 // The add dialog with a source to type (whole source chosen, nothing deleted yet): each check's
@@ -186,10 +166,10 @@ TEST(SyslogList, AddingItemsRefusalsAndTheLibrarysAnswers) {
     auto t = montest::OpenSyslogList(root);
     t->send(keys::Tab);
     t->send(keys::Space);
-    Tabs(*t, 4);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "AGENT_BUTTON_ADD_ID"))) << t->dump();
+    sendTimes(*t, 4);
+    ASSERT_TRUE(waitFocus(*t, english(root, "AGENT_BUTTON_ADD_ID"))) << t->dump();
     t->send(keys::Enter);
-    const std::string title = Title(root, "TITLE_SYSLOGADD_ID");
+    const std::string title = frameTitle(root, "TITLE_SYSLOGADD_ID");
     ASSERT_TRUE(t->waitForText(title)) << t->dump();
 
     struct Case {
@@ -214,13 +194,13 @@ TEST(SyslogList, AddingItemsRefusalsAndTheLibrarysAnswers) {
             t->send(keys::Tab);
         }
         t->send(keys::Tab);  // past the handling method
-        ASSERT_TRUE(WaitFocus(*t, english(root, "SYSLOGADD_CONFIRM_ID"))) << t->dump();
+        ASSERT_TRUE(waitFocus(*t, english(root, "SYSLOGADD_CONFIRM_ID"))) << t->dump();
         t->send(keys::Enter);
-        Dismiss(*t, english(root, c.message).substr(0, 60));
+        dismiss(*t, english(root, c.message).substr(0, 60));
         if (c.message != std::string("SYSLOGADD_SucceedMessage_ID")) {
             ASSERT_TRUE(t->contains(title)) << c.message << "\n" << t->dump();
             ASSERT_TRUE(t->contains(c.fields[0].substr(0, 16))) << "typed value lost";
-            Tabs(*t, 2);  // Cancel, then round to the source
+            sendTimes(*t, 2);  // Cancel, then round to the source
         }
     }
     ASSERT_TRUE(t->waitForNoText(title)) << t->dump();
@@ -237,10 +217,9 @@ TEST(SyslogList, AddingItemsRefusalsAndTheLibrarysAnswers) {
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(title)) << t->dump();
     t->send("mysvc");
-    CloseWithCtrlO(*t, title);
+    frametest::closeWindow(*t, root, "TITLE_SYSLOGADD_ID");
     EXPECT_FALSE(KeyExists(root, "SyslogMonitor\\mysvc"));
-    CloseWithCtrlO(*t, Title(root, "MAIN_SYSLOG_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "MAIN_SYSLOG_ID");
 }
 
 // One item deleted after "cancel" kept it; a whole source deleted through the library's "All"
@@ -250,10 +229,10 @@ TEST(SyslogList, DeletingItemsSourcesAndTheLast) {
     ProductRoot root;
     montest::ReplaceCatalogues(root, kCatalogue);
     auto t = montest::OpenSyslogList(root);
-    const std::string wintitle = Title(root, "SYSLOGDEL_WINTITLE_ID");
+    const std::string wintitle = frameTitle(root, "SYSLOGDEL_WINTITLE_ID");
     const std::string deleted = english(root, "SYSLOGDEL_DELSUCCESSMESSAGE_ID");
-    Tabs(*t, 6);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "AGENT_BUTTON_DEL_ID"))) << t->dump();
+    sendTimes(*t, 6);
+    ASSERT_TRUE(waitFocus(*t, english(root, "AGENT_BUTTON_DEL_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText("source alpha, event ID")) << t->dump();
     EXPECT_TRUE(t->contains(wintitle)) << t->dump();
@@ -264,33 +243,33 @@ TEST(SyslogList, DeletingItemsSourcesAndTheLast) {
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText("source alpha, event ID")) << t->dump();
     t->send(keys::Enter);
-    Dismiss(*t, deleted);
+    dismiss(*t, deleted);
     EXPECT_FALSE(KeyExists(root, kAlpha1));
     EXPECT_TRUE(KeyExists(root, kAlpha2));
     ASSERT_TRUE(t->waitForText("alphaTrap2")) << "lists read again:\n" << t->dump();
 
-    Tabs(*t, 5, kBackTab);
+    sendTimes(*t, 5, keys::BackTab);
     t->send(keys::Space);
-    Tabs(*t, 5);
+    sendTimes(*t, 5);
     t->send(keys::Enter);
     const std::string confirmSource =
         FormatText(english(root, "SYSLOGDEL_CONFIRMSOURCE_ID"), {"alpha"});
     ASSERT_TRUE(t->waitForText(confirmSource)) << t->dump();
     t->send(keys::Enter);
-    Dismiss(*t, deleted);
+    dismiss(*t, deleted);
     EXPECT_FALSE(KeyExists(root, "SyslogMonitor\\alpha"));
     ASSERT_TRUE(t->waitForText("beta")) << t->dump();
 
-    Tabs(*t, 4, kBackTab);  // the one-item radio
+    sendTimes(*t, 4, keys::BackTab);  // the one-item radio
     t->send(keys::Space);
     ASSERT_TRUE(t->waitForText("betaTrap")) << t->dump();
-    Tabs(*t, 4);
+    sendTimes(*t, 4);
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText("source beta, event ID")) << t->dump();
     t->send(keys::Enter);
-    Dismiss(*t, deleted);
-    Dismiss(*t, english(root, "WARN_NOIDNAME_ID").substr(0, 40));
-    ASSERT_TRUE(t->waitForNoText(Title(root, "MAIN_SYSLOG_ID"))) << t->dump();
+    dismiss(*t, deleted);
+    dismiss(*t, english(root, "WARN_NOIDNAME_ID").substr(0, 40));
+    ASSERT_TRUE(t->waitForNoText(frameTitle(root, "MAIN_SYSLOG_ID"))) << t->dump();
     EXPECT_FALSE(KeyExists(root, "SyslogMonitor\\beta"));
     EXPECT_TRUE(KeyExists(root, "SyslogMonitor"));
     frametest::closeMenu(*t);
@@ -303,8 +282,8 @@ TEST(SyslogItemSettings, OneItemsFieldsAndKeywords) {
     ProductRoot root;
     montest::ReplaceCatalogues(root, kCatalogue);
     auto t = montest::OpenSyslogList(root);
-    Tabs(*t, 7);
-    OpenItemScreen(*t, root);
+    sendTimes(*t, 7);
+    montest::OpenSettings(*t, root, kItemScreen);
     ASSERT_TRUE(t->waitForText("0-23")) << t->dump();
     EXPECT_TRUE(t->contains("100%s done %n")) << t->dump();
     Retype(*t, "9-17");
@@ -312,17 +291,17 @@ TEST(SyslogItemSettings, OneItemsFieldsAndKeywords) {
     Retype(*t, "5");
     t->send(keys::Tab);
     t->send(keys::Enter);  // the first keyword, whole
-    const std::string keywordTitle = Title(root, "SUBAGENT_TITLE_KEYWORD1_ID");
+    const std::string keywordTitle = frameTitle(root, "SUBAGENT_TITLE_KEYWORD1_ID");
     ASSERT_TRUE(t->waitForText(keywordTitle)) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForNoText(keywordTitle)) << t->dump();
-    Tabs(*t, 3);
+    sendTimes(*t, 3);
     t->send(keys::Down);
     t->send(keys::Tab);
     t->send("Swap the disk");
-    Tabs(*t, 2);
+    sendTimes(*t, 2);
     t->send(keys::Enter);  // SNMP
-    Tabs(*t, 3);
+    sendTimes(*t, 3);
     PressOkAndClose(*t, root);
     EXPECT_EQ(Dword(root, kAlpha1, "TimeTable"), 0x3FE00);
     EXPECT_EQ(Dword(root, kAlpha1, "Count"), 5);
@@ -330,30 +309,29 @@ TEST(SyslogItemSettings, OneItemsFieldsAndKeywords) {
     EXPECT_EQ(Text(root, kAlpha1, "DealMethod"), "Swap the disk");
     EXPECT_EQ(Bindings(root, kAlpha1), Ids{"SNMP"});
 
-    OpenItemScreen(*t, root);
+    montest::OpenSettings(*t, root, kItemScreen);
     ASSERT_TRUE(t->waitForText("9-17")) << t->dump();
     Retype(*t, "");
     t->send(keys::Tab);
     Retype(*t, "");
-    Tabs(*t, 10);
+    sendTimes(*t, 10);
     PressOkAndClose(*t, root);
     EXPECT_EQ(Dword(root, kAlpha1, "TimeTable"), 0x3FE00);
     EXPECT_EQ(Dword(root, kAlpha1, "Count"), 0);
     EXPECT_EQ(Text(root, kAlpha1, "DealMethod"), "Swap the disk");
 
-    Tabs(*t, 4, kBackTab);
+    sendTimes(*t, 4, keys::BackTab);
     t->send(keys::Down);
     ASSERT_TRUE(t->waitForText("alphaTrap2")) << t->dump();
-    Tabs(*t, 4);
-    OpenItemScreen(*t, root);
+    sendTimes(*t, 4);
+    montest::OpenSettings(*t, root, kItemScreen);
     EXPECT_TRUE(t->contains(std::string(40, 'a'))) << t->dump();
     EXPECT_FALSE(t->contains("aZ")) << t->dump();
-    Tabs(*t, 2);
+    sendTimes(*t, 2);
     t->send(keys::Enter);
-    Dismiss(*t, kLongKeyword);
-    CloseWithCtrlO(*t, Title(root, "TITTLE_SUBSYSLOG_SET_ID"));
-    CloseWithCtrlO(*t, Title(root, "MAIN_SYSLOG_ID"));
-    frametest::closeMenu(*t);
+    dismiss(*t, kLongKeyword);
+    frametest::closeWindow(*t, root, kItemScreen);
+    montest::CloseListAndMenu(*t, root, "MAIN_SYSLOG_ID");
 }
 
 // A whole source shows only the IDs, without the remote report service's own, and leaves that
@@ -364,8 +342,8 @@ TEST(SyslogItemSettings, WholeSourceAndAdministrator) {
     auto t = montest::OpenSyslogList(root);
     t->send(keys::Tab);
     t->send(keys::Space);
-    Tabs(*t, 6);
-    OpenItemScreen(*t, root);
+    sendTimes(*t, 6);
+    montest::OpenSettings(*t, root, kItemScreen);
     EXPECT_TRUE(t->contains(english(root, "AGENT_ALL_ID"))) << t->dump();
     EXPECT_FALSE(t->contains(english(root, "SYSLOG_TIMETABLE_ID"))) << t->dump();
     EXPECT_FALSE(t->contains(english(root, "SUBAGENT_KEYWORD1_ID"))) << t->dump();
@@ -373,40 +351,38 @@ TEST(SyslogItemSettings, WholeSourceAndAdministrator) {
     for (int i = 0; i < 4; ++i)
         t->send(keys::Enter);
     // Three IDs listed: the fourth Add finds nothing to move.
-    Dismiss(*t, english(root, "WARN_INVALID_ID"));
+    dismiss(*t, english(root, "WARN_INVALID_ID"));
     EXPECT_FALSE(t->contains("VantrelReport")) << t->dump();
-    Tabs(*t, 3);
-    ASSERT_TRUE(WaitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
+    sendTimes(*t, 3);
+    ASSERT_TRUE(waitFocus(*t, english(root, "BUTTON_OK_ID"))) << t->dump();
     t->send(keys::Enter);
     ASSERT_TRUE(t->waitForText(english(root, "SETALL_ALARM_ID").substr(0, 40))) << t->dump();
     t->send(keys::Enter);
-    WaitItemScreenClosed(*t, root);
+    montest::WaitSettingsClosed(*t, root, kItemScreen);
     const Ids all{"SNMP", "TCP_IP In-Band", "TCP_IP Out-of-Band"};
     EXPECT_EQ(Bindings(root, kAlpha1), all);
     EXPECT_EQ(Bindings(root, kAlpha2),
               (Ids{"SNMP", "TCP_IP In-Band", "TCP_IP Out-of-Band", "VantrelReport"}))
         << "the remote report service's own binding is left alone";
     EXPECT_EQ(Bindings(root, "SyslogMonitor\\beta\\C0000001"), Ids{});
-    CloseWithCtrlO(*t, Title(root, "MAIN_SYSLOG_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "MAIN_SYSLOG_ID");
 
     t = montest::OpenSyslogList(root, {"-A"});
-    Tabs(*t, 7);
-    OpenItemScreen(*t, root);
+    sendTimes(*t, 7);
+    montest::OpenSettings(*t, root, kItemScreen);
     EXPECT_TRUE(t->contains(english(root, "ADMAGENT_LEVEL_LABEL_ID"))) << t->dump();
     EXPECT_TRUE(t->contains(english(root, "AGENT_DEALMETHOD_ID"))) << t->dump();
-    Tabs(*t, 7);
+    sendTimes(*t, 7);
     t->send(keys::Down);
     ASSERT_TRUE(t->waitForText(english(root, "ADMAGENT_ERRKIND_HW_ID"))) << t->dump();
     t->send(keys::Tab);
     t->send(keys::Down);
     t->send(keys::Down);
-    Tabs(*t, 5);
+    sendTimes(*t, 5);
     PressOkAndClose(*t, root);
     EXPECT_EQ(Dword(root, kAlpha1, "ErrKind"), 1);
     EXPECT_EQ(Dword(root, kAlpha1, "Level"), 2);
     EXPECT_EQ(Dword(root, kAlpha1, "TimeTable"), 0xFFFFFF);
     EXPECT_EQ(Bindings(root, kAlpha1), all) << "the report flags written back as they were";
-    CloseWithCtrlO(*t, Title(root, "MAIN_SYSLOG_ID"));
-    frametest::closeMenu(*t);
+    montest::CloseListAndMenu(*t, root, "MAIN_SYSLOG_ID");
 }

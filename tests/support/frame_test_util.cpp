@@ -49,6 +49,40 @@ void closeMenu(zoltest::Terminal& t) {
     EXPECT_EQ(t.exitStatus(), 1) << t.dump();
 }
 
+std::string frameTitle(const zoltest::ProductRoot& root, const char* id) {
+    return "┤ " + english(root, id) + " ├";
+}
+
+bool waitFocus(zoltest::Terminal& t, const std::string& text) {
+    return t.waitFor([&](const zoltest::Terminal& s) {
+        return s.reverseText().find(text) != std::string::npos;
+    });
+}
+
+void sendTimes(zoltest::Terminal& t, int n, std::string_view key) {
+    for (int i = 0; i < n; ++i)
+        t.send(key);
+}
+
+void retype(zoltest::Terminal& t, const std::string& text, int erase) {
+    t.send(zoltest::keys::End);
+    t.send(std::string(static_cast<std::size_t>(erase), '\x7f'));
+    t.type(text);
+}
+
+void dismiss(zoltest::Terminal& t, const std::string& text) {
+    ASSERT_TRUE(t.waitForText(text)) << t.dump();
+    t.send(zoltest::keys::Enter);
+    ASSERT_TRUE(t.waitForNoText(text)) << t.dump();
+}
+
+void closeWindow(zoltest::Terminal& t, const zoltest::ProductRoot& root, const char* titleId) {
+    const std::string title = frameTitle(root, titleId);
+    ASSERT_TRUE(t.waitForText(title)) << t.dump();
+    t.send(zoltest::keys::CtrlO);
+    ASSERT_TRUE(t.waitForNoText(title)) << t.dump();
+}
+
 std::vector<TraceEntry> readTrace(const zoltest::ProductRoot& root) {
     // "<date> <time> [pid] L<level> <file>:<function>:<line> <text>"
     std::vector<TraceEntry> entries;

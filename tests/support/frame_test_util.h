@@ -33,6 +33,19 @@ std::unique_ptr<zoltest::Terminal> startMenu(const zoltest::ProductRoot& root,
 // Ends the menu with its hot key Ctrl-O and expects the normal exit status 1.
 void closeMenu(zoltest::Terminal& t);
 
+// A window's title as newt draws it in its frame.
+std::string frameTitle(const zoltest::ProductRoot& root, const char* id);
+// Waits until `text` is in reverse video (the focused component under NEWT_MONO).
+bool waitFocus(zoltest::Terminal& t, const std::string& text);
+// Sends `key` n times.
+void sendTimes(zoltest::Terminal& t, int n, std::string_view key = zoltest::keys::Tab);
+// Replaces the focused entry's text: End, `erase` backspaces (in one write), then the text typed.
+void retype(zoltest::Terminal& t, const std::string& text, int erase);
+// Waits for a box showing `text`, closes it with Enter and waits for the text to go.
+void dismiss(zoltest::Terminal& t, const std::string& text);
+// Sends Ctrl-O and waits for the window titled with the text of titleId to go.
+void closeWindow(zoltest::Terminal& t, const zoltest::ProductRoot& root, const char* titleId);
+
 struct TraceEntry {
     int level = -1;
     std::string function, text;

@@ -119,7 +119,7 @@ inline constexpr std::string_view Tab = "\t", Enter = "\r", Up = "\x1b[A", Down 
                                   Right = "\x1b[C", Left = "\x1b[D", Home = "\x1b[H",
                                   End = "\x1b[F", Backspace = "\x7f", Delete = "\x1b[3~",
                                   Escape = "\x1b", F12 = "\x1b[24~", CtrlA = "\x01", CtrlO = "\x0f",
-                                  Space = " ";
+                                  Space = " ", BackTab = "\x1b[Z";
 }  // namespace keys
 
 }  // namespace zoltest
