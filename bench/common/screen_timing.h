@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,28 @@ inline std::string messageText(const zoltest::ProductRoot& root, const char* id)
 // A window title as newt draws it.
 inline std::string title(const zoltest::ProductRoot& root, const char* id) {
     return "┤ " + messageText(root, id) + " ├";
+}
+
+// Options that run a program of the root in English on a UTF-8 terminal.
+inline zoltest::TerminalOptions englishTerminal(const zoltest::ProductRoot& root) {
+    zoltest::TerminalOptions opts;
+    for (const auto& [name, value] : root.env())
+        opts.env[name] = value;
+    opts.env["LANG"] = "C.UTF-8";
+    opts.env["LC_ALL"] = std::nullopt;
+    return opts;
+}
+
+// ZOLamsadm started on the root and showing its main menu; null, with the screen printed, when
+// the menu does not come.
+inline std::unique_ptr<zoltest::Terminal> startAtMainMenu(const zoltest::ProductRoot& root) {
+    auto t = std::make_unique<zoltest::Terminal>(
+        std::vector<std::string>{root.bin("ZOLamsadm").string()}, englishTerminal(root));
+    if (!t->waitForText(messageText(root, "MAIN_BASESET_ID"), std::chrono::seconds(20))) {
+        std::fprintf(stderr, "no main menu:\n%s\n", t->dump().c_str());
+        return nullptr;
+    }
+    return t;
 }
 
 // Sends keys, then waits until every text is on the screen: milliseconds, or -1.

@@ -17,6 +17,7 @@
 #include <ctime>
 #include <functional>
 #include <iomanip>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -154,16 +155,10 @@ int main(int argc, char* argv[]) {
     zoltest::ProductRoot root;
     zolbench::FillScaleStore(root);
 
-    zoltest::TerminalOptions opts;
-    for (const auto& [name, value] : root.env())
-        opts.env[name] = value;
-    opts.env["LANG"] = "C.UTF-8";
-    opts.env["LC_ALL"] = std::nullopt;
-    zoltest::Terminal t({root.bin("ZOLamsadm").string()}, opts);
-    if (!t.waitForText(messageText(root, "MAIN_BASESET_ID"), 20s)) {
-        std::fprintf(stderr, "no main menu:\n%s\n", t.dump().c_str());
+    const std::unique_ptr<zoltest::Terminal> started = zolbench::startAtMainMenu(root);
+    if (!started)
         return 1;
-    }
+    zoltest::Terminal& t = *started;
 
     Family agent{2,
                  "TITTLE_AGENT_ID",

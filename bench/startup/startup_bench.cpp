@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "../common/screen_timing.h"
 #include "frame/msgfile.h"
 #include "product_root.h"
 #include "terminal.h"
@@ -22,12 +23,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-std::string messageText(const zoltest::ProductRoot& root, const char* id) {
-    std::string text = zoltest::readFile(root.path() / "data" / "E_report.rc");
-    text.append(kRcFileSpare, '\0');
-    CPFindDestStr(text.c_str(), id);
-    return deststr;
-}
+using zolbench::messageText;
 
 // Runs argv until `lastText` (the menu's last row and its button) is on the screen, then sends
 // `quit` and reaps the program. Returns the milliseconds from fork to the drawn menu, or -1.
@@ -61,11 +57,7 @@ int main(int argc, char* argv[]) {
     const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
     zoltest::ProductRoot root;
 
-    zoltest::TerminalOptions opts;
-    for (const auto& [name, value] : root.env())
-        opts.env[name] = value;
-    opts.env["LANG"] = "C.UTF-8";
-    opts.env["LC_ALL"] = std::nullopt;
+    const zoltest::TerminalOptions opts = zolbench::englishTerminal(root);
 
     const std::vector<std::string> program{root.bin("ZOLamsadm").string()};
     const std::vector<std::string> programLast{messageText(root, "MAIN_VANTREL_ID"),

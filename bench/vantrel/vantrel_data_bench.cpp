@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -40,16 +41,10 @@ int main(int argc, char* argv[]) {
     store.setText(ZOL_KEY_VNT_SETTING, "OSNMA", "Debian GNU/Linux");
     store.setText(ZOL_KEY_VNT_SETTING, "Comment", "Rack 4, room B");
     store.setText(ZOL_KEY_VNT_SETTING, "SYSSHOPNMN", "Kestrel Data Works");
-    zoltest::TerminalOptions opts;
-    for (const auto& [name, value] : root.env())
-        opts.env[name] = value;
-    opts.env["LANG"] = "C.UTF-8";
-    opts.env["LC_ALL"] = std::nullopt;
-    zoltest::Terminal t({root.bin("ZOLamsadm").string()}, opts);
-    if (!t.waitForText(messageText(root, "MAIN_BASESET_ID"), 20s)) {
-        std::fprintf(stderr, "no main menu:\n%s\n", t.dump().c_str());
+    const std::unique_ptr<zoltest::Terminal> started = zolbench::startAtMainMenu(root);
+    if (!started)
         return 1;
-    }
+    zoltest::Terminal& t = *started;
     for (int i = 0; i < 4; ++i)
         t.send("\x1b[B");  // the service's row
     const std::string menuTitle = title(root, "VANTREL_MAIN_ID");

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -34,16 +35,10 @@ using namespace std::chrono_literals;
 int main(int argc, char* argv[]) {
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 30;
     zoltest::ProductRoot root;
-    zoltest::TerminalOptions opts;
-    for (const auto& [name, value] : root.env())
-        opts.env[name] = value;
-    opts.env["LANG"] = "C.UTF-8";
-    opts.env["LC_ALL"] = std::nullopt;
-    zoltest::Terminal t({root.bin("ZOLamsadm").string()}, opts);
-    if (!t.waitForText(messageText(root, "MAIN_BASESET_ID"), 20s)) {
-        std::fprintf(stderr, "no main menu:\n%s\n", t.dump().c_str());
+    const std::unique_ptr<zoltest::Terminal> started = zolbench::startAtMainMenu(root);
+    if (!started)
         return 1;
-    }
+    zoltest::Terminal& t = *started;
     for (int i = 0; i < 4; ++i)
         t.send("\x1b[B");  // the service's row
 

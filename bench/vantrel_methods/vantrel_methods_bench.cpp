@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -73,16 +74,10 @@ int main(int argc, char* argv[]) {
         std::fprintf(stderr, "could not mark the key floppy as read\n");
         return 1;
     }
-    zoltest::TerminalOptions opts;
-    for (const auto& [name, value] : root.env())
-        opts.env[name] = value;
-    opts.env["LANG"] = "C.UTF-8";
-    opts.env["LC_ALL"] = std::nullopt;
-    zoltest::Terminal t({root.bin("ZOLamsadm").string()}, opts);
-    if (!t.waitForText(messageText(root, "MAIN_BASESET_ID"), 20s)) {
-        std::fprintf(stderr, "no main menu:\n%s\n", t.dump().c_str());
+    const std::unique_ptr<zoltest::Terminal> started = zolbench::startAtMainMenu(root);
+    if (!started)
         return 1;
-    }
+    zoltest::Terminal& t = *started;
     // The base-setting menu, its remote report row, then the service's base screen.
     t.send("\r");
     t.waitForText(messageText(root, "BASE_REPORT_SNMP_ID"));
