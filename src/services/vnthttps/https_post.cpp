@@ -1,11 +1,15 @@
-// Posting a report with libcurl and mapping libcurl's outcome to the delivery convention.
+// vnthttps_post.so: posting a report with libcurl and mapping libcurl's outcome to the delivery
+// convention.
 #include "https_post.h"
 
 #include <curl/curl.h>
+#include <zolwin.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "curlx.h"
 
@@ -102,9 +106,7 @@ void SetOptions(CURL* curl, const HttpsTarget& t, const std::string& payload, cu
     curl_easy_setopt(curl, CURLOPT_ERRORBUFFER, errorBuffer);
 }
 
-}  // namespace
-
-Attempt PostReport(const HttpsTarget& target, const std::string& payload, const std::string& kind) {
+Attempt Post(const HttpsTarget& target, const std::string& payload, const std::string& kind) {
     const curlx::Easy curl(curl_easy_init());
     if (!curl)
         return Refused("the HTTPS library could not start (libcurl)");
@@ -128,4 +130,23 @@ Attempt PostReport(const HttpsTarget& target, const std::string& payload, const 
                    std::to_string(status));
 }
 
+}  // namespace
+
 }  // namespace vnthttps
+
+extern "C" ZOLWIN_API int VntHttpsPost(const VntHttpsPostRequest* request, char** text) {
+    using vnthttps::Attempt;
+    Attempt a{Attempt::Kind::Refused, "the HTTPS request is incomplete"};
+    if (request != nullptr && request->url != nullptr && request->payload != nullptr &&
+        request->kind != nullptr) {
+        const vnthttps::HttpsTarget target{request->url, request->useProxy != 0,
+                                           request->proxyHost ? request->proxyHost : "",
+                                           request->proxyPort};
+        a = vnthttps::Post(target, std::string(request->payload, request->payloadLength),
+                           request->kind);
+    }
+    if (text != nullptr && !a.text.empty())
+        *text = strdup(a.text.c_str());
+    return static_cast<int>(a.kind);
+}
+static_assert(std::is_same_v<decltype(VntHttpsPost), VntHttpsPost_fn>);
